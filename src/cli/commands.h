@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+namespace velaro::cli {
+
+// Each returns the process exit code: 0 done, 2 usage error.
+int runInfo(const std::vector<std::string>& args);
+
+}  // namespace velaro::cli

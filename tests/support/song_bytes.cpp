@@ -1,0 +1,48 @@
+#include "song_bytes.h"
+
+#include <cstdlib>
+#include <fstream>
+
+namespace velaro::testing {
+
+std::string bytes(std::initializer_list<int> b) {
+    std::string s;
+    for (int v : b) s += static_cast<char>(v);
+    return s;
+}
+
+std::string vlq(uint32_t v) {
+    std::string out(1, static_cast<char>(v & 0x7F));
+    while (v >>= 7) out.insert(out.begin(), static_cast<char>(0x80 | (v & 0x7F)));
+    return out;
+}
+
+static std::string be(uint32_t v, int n) {
+    std::string s;
+    for (int i = n - 1; i >= 0; --i) s += static_cast<char>((v >> (8 * i)) & 0xFF);
+    return s;
+}
+
+std::string smfHeader(int format, int tracks, int division) {
+    return "MThd" + be(6, 4) + be(format, 2) + be(tracks, 2) + be(division, 2);
+}
+
+std::string smfTrack(const std::string& body) { return "MTrk" + be(body.size(), 4) + body; }
+
+std::string meta(int type, const std::string& data) {
+    return bytes({0xFF, type, static_cast<int>(data.size())}) + data;
+}
+
+std::string textEvent(const std::string& text) { return meta(0x01, text); }
+
+std::string tempoEvent(uint32_t us) { return meta(0x51, be(us, 3)); }
+
+std::string writeTemp(const std::string& name, const std::string& content) {
+    const char* t = std::getenv("TMPDIR");
+    std::string path = std::string(t && *t ? t : "/tmp") + "/" + name;
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    out.write(content.data(), static_cast<std::streamsize>(content.size()));
+    return path;
+}
+
+}  // namespace velaro::testing
