@@ -104,6 +104,13 @@ int runInfo(const std::vector<std::string>& args) {
     std::string file;
     bool json = false;
     for (const auto& a : args) {
+        if (a == "--help" || a == "-h") {
+            std::cout << "usage: velaro info FILE [--json]\n\n"
+                         "Reads a song file as the main window does and prints its model: header,\n"
+                         "first tempo, the 16 channel rows, the word and line tables, and any notice\n"
+                         "the lyric layout check shows. --json prints one JSON object instead.\n";
+            return 0;
+        }
         if (a == "--json") {
             json = true;
         } else if (!a.empty() && a[0] == '-' && a != "-") {

@@ -17,6 +17,13 @@ int64_t FIND(int64_t start, std::string_view text, std::string_view pattern);
 // The byte at 1-based position pos; a read outside the text is an error
 // (the runtime's numeric value of an empty one-character piece).
 uint8_t byteAt(std::string_view text, int64_t pos);
+// The same read without the error, for hot loops: false when it would fail,
+// leaving `out` as it was (which is what a skipped statement does).
+inline bool tryByteAt(std::string_view text, int64_t pos, uint8_t& out) {
+    if (pos < 1 || pos > static_cast<int64_t>(text.size())) return false;
+    out = static_cast<uint8_t>(text[static_cast<size_t>(pos - 1)]);
+    return true;
+}
 
 // Mid$(text, start, length): start below 1 or a negative length is an invalid
 // call; a start past the end gives an empty text; a length past the end is cut.

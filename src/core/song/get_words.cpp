@@ -31,15 +31,17 @@ void frmMain::GetWords(std::string text) {
         pos = FIND(pos, text, std::string_view("\xFF", 1));
         if (pos == 0) return;
 
-        resumeNext([&] { n = byteAt(text, pos + 2); });
+        uint8_t nb = 0;
+        if (tryByteAt(text, pos + 2, nb)) n = nb;
         resumeNext([&] {
             if (mid(text, pos + 1, 1) == "\x01" && mid(text, pos + 3, 1) != "@")
                 word = mid(text, pos + 3, n);
         });
-        resumeNext([&] { b0 = byteAt(text, pos + 3 + n); });
-        resumeNext([&] { b1 = byteAt(text, pos + 4 + n); });
-        resumeNext([&] { b2 = byteAt(text, pos + 5 + n); });
-        resumeNext([&] { b3 = byteAt(text, pos + 6 + n); });
+        uint8_t b = 0;
+        if (tryByteAt(text, pos + 3 + n, b)) b0 = b;
+        if (tryByteAt(text, pos + 4 + n, b)) b1 = b;
+        if (tryByteAt(text, pos + 5 + n, b)) b2 = b;
+        if (tryByteAt(text, pos + 6 + n, b)) b3 = b;
 
         int64_t delta;
         if (b1 == 0xFF) delta = b0;

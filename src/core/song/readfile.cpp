@@ -3,6 +3,8 @@
 // track to track. Every statement runs with errors ignored: a step that fails
 // leaves its field as it was and the next step runs.
 
+#include <cstdint>
+
 #include "../base/byte_text.h"
 #include "../base/paths.h"
 #include "../base/vb_error.h"
@@ -85,12 +87,14 @@ void frmMain::readfile() {
     bool chosen = false;
     const int16_t tracks = smfTracks;
     for (int i = 1; i <= tracks && !chosen; ++i) {
-        resumeNext([&] { l1 = hexByte2(byteAt(songBytes, pos + 4)); });
-        resumeNext([&] { l2 = hexByte2(byteAt(songBytes, pos + 5)); });
-        resumeNext([&] { l3 = hexByte2(byteAt(songBytes, pos + 6)); });
-        resumeNext([&] { l4 = hexByte2(byteAt(songBytes, pos + 7)); });
-        resumeNext([&] { chunkLength = hexValue(l1 + l2 + l3 + l4); });
-        resumeNext([&] { chunk = mid(songBytes, pos + 8, chunkLength); });
+        uint8_t b = 0;
+        if (tryByteAt(songBytes, pos + 4, b)) l1 = hexByte2(b);
+        if (tryByteAt(songBytes, pos + 5, b)) l2 = hexByte2(b);
+        if (tryByteAt(songBytes, pos + 6, b)) l3 = hexByte2(b);
+        if (tryByteAt(songBytes, pos + 7, b)) l4 = hexByte2(b);
+        if (!l1.empty() || !l2.empty() || !l3.empty() || !l4.empty())
+            chunkLength = hexValue(l1 + l2 + l3 + l4);
+        if (pos + 8 >= 1 && chunkLength >= 0) chunk = mid(songBytes, pos + 8, chunkLength);
         if (FIND(1, chunk, kWordsName) > 0) {
             GetWords(chunk);
             chosen = true;
@@ -111,7 +115,9 @@ void frmMain::readfile() {
             chosen = true;
             break;
         }
-        resumeNext([&] { pos = checked32(pos + int64_t{chunkLength} + 8); });
+        // A position past 32 bits is an overflow: the step is skipped and pos stays.
+        const int64_t next = pos + int64_t{chunkLength} + 8;
+        if (next >= INT32_MIN && next <= INT32_MAX) pos = next;
     }
     if (!chosen) GetWords(songBytes);
 
