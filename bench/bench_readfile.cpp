@@ -12,8 +12,7 @@
 
 #include "core/platform/inert.h"
 #include "core/song/frm_main.h"
-#include "core/ui/scripted_dialogs.h"
-#include "core/ui/virtual_loop.h"
+#include "core/ui/headless.h"
 #include "support/song_bytes.h"
 
 using namespace velaro;
@@ -53,11 +52,9 @@ int main(int argc, char** argv) {
     std::string content = bigSong(static_cast<size_t>(mb * 1024 * 1024));
     std::string path = velaro::testing::writeTemp("velaro-bench-song.kar", content);
 
-    ui::VirtualLoop loop;
-    ui::ScriptedDialogs dialogs;
-    ui::Runtime rt(loop, dialogs);
+    ui::Headless ui;
     platform::InertPlatform inert;
-    song::frmMain f(rt, inert.get());
+    song::frmMain f(ui.rt, inert.get());
     f.setSongPath(path);
 
     std::vector<double> ms;

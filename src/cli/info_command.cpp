@@ -9,8 +9,7 @@
 #include "core/base/vb_number.h"
 #include "core/platform/inert.h"
 #include "core/song/frm_main.h"
-#include "core/ui/scripted_dialogs.h"
-#include "core/ui/virtual_loop.h"
+#include "core/ui/headless.h"
 #include "json_writer.h"
 
 namespace velaro::cli {
@@ -128,11 +127,9 @@ int runInfo(const std::vector<std::string>& args) {
         return 2;
     }
 
-    ui::VirtualLoop loop;
-    ui::ScriptedDialogs dialogs;  // every box gets its default button
-    ui::Runtime rt(loop, dialogs);
+    ui::Headless ui;  // every box gets its default button
     platform::InertPlatform inert;
-    frmMain form(rt, inert.get());
+    frmMain form(ui.rt, inert.get());
     form.setSongPath(file);
 
     // The open path's order: the model is cleared and read, then the lyric
@@ -143,8 +140,8 @@ int runInfo(const std::vector<std::string>& args) {
     const std::string ext = right(file, 3);
     if ((ext == "mid" || ext == "MID") && !form.skipConversion) form.senzatesto();
 
-    if (json) writeJson(form, dialogs, std::cout);
-    else writeText(form, dialogs, std::cout);
+    if (json) writeJson(form, ui.dialogs, std::cout);
+    else writeText(form, ui.dialogs, std::cout);
     return 0;
 }
 

@@ -8,18 +8,15 @@
 #include "core/base/paths.h"
 #include "core/platform/inert.h"
 #include "core/song/frm_main.h"
-#include "core/ui/scripted_dialogs.h"
-#include "core/ui/virtual_loop.h"
+#include "core/ui/headless.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     using namespace velaro;
     static const std::string path = tempFolder() + "/velaro-fuzz.mid";
     writeWholeFile(path, std::string(reinterpret_cast<const char*>(data), size));
-    ui::VirtualLoop loop;
-    ui::ScriptedDialogs dialogs;
-    ui::Runtime rt(loop, dialogs);
+    ui::Headless ui;
     platform::InertPlatform inert;
-    song::frmMain f(rt, inert.get());
+    song::frmMain f(ui.rt, inert.get());
     f.setSongPath(path);
     f.ZeroVariables();
     f.readfile();

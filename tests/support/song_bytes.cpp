@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <fstream>
+#include <string>
+#include <unistd.h>
 
 namespace velaro::testing {
 
@@ -39,7 +41,8 @@ std::string tempoEvent(uint32_t us) { return meta(0x51, be(us, 3)); }
 
 std::string writeTemp(const std::string& name, const std::string& content) {
     const char* t = std::getenv("TMPDIR");
-    std::string path = std::string(t && *t ? t : "/tmp") + "/" + name;
+    // The process id keeps test executables that run side by side apart.
+    std::string path = std::string(t && *t ? t : "/tmp") + "/" + std::to_string(getpid()) + "-" + name;
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out.write(content.data(), static_cast<std::streamsize>(content.size()));
     return path;

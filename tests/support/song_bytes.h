@@ -18,7 +18,8 @@ std::string meta(int type, const std::string& data);
 std::string textEvent(const std::string& text);
 std::string tempoEvent(uint32_t usPerQuarter);
 
-// Writes bytes to a fresh file under the test temp folder and returns its path.
+// Writes bytes to a fresh file under the test temp folder (the name prefixed
+// with the process id) and returns its path.
 std::string writeTemp(const std::string& name, const std::string& content);
 
 }  // namespace velaro::testing

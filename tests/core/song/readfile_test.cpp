@@ -1,4 +1,6 @@
+#include <filesystem>
 #include <random>
+#include <unistd.h>
 
 #include "core/base/paths.h"
 #include "song_fixture.h"
@@ -152,7 +154,14 @@ TEST_F(SongFixture, KeepSongModelKeepsEverything) {
 }
 
 TEST_F(SongFixture, ThePatchFileIsTheSameEveryTime) {
-    read(song({textRun(1, "x")}));
+    // A temp folder of its own, so no other test's patch file is read.
+    const std::string dir = velaro::tempFolder() + "/patch-" + std::to_string(getpid());
+    std::filesystem::create_directories(dir);
+    const std::string song1 = writeTemp("patch.kar", song({textRun(1, "x")}));
+    setenv("TMPDIR", dir.c_str(), 1);
+    f.setSongPath(song1);
+    f.ZeroVariables();
+    f.readfile();
     std::string a = velaro::readWholeFile(f.tempPatchPath);
     ASSERT_EQ(a.size(), 411u);
     EXPECT_EQ(a.substr(0, 23), bytes({0x4D, 0x54, 0x68, 0x64, 0, 0, 0, 6, 0, 0, 0, 1, 0, 0x60, 0x4D, 0x54, 0x72,
@@ -160,8 +169,10 @@ TEST_F(SongFixture, ThePatchFileIsTheSameEveryTime) {
     for (int p = 0; p < 128; ++p) EXPECT_EQ(a.substr(23 + 3 * p, 3), bytes({0xC0, p, 0x01}));
     EXPECT_EQ(a.substr(407), bytes({0x00, 0xFF, 0x2F, 0x00}));
     EXPECT_EQ(f.tempPatchPath, velaro::RPP(velaro::tempFolder()) + "filetemp.tmp");
-    read("garbage");
+    f.setSongPath("/nonexistent/garbage.kar");
+    f.readfile();
     EXPECT_EQ(velaro::readWholeFile(f.tempPatchPath), a);
+    setenv("TMPDIR", std::filesystem::path(dir).parent_path().c_str(), 1);
 }
 
 TEST_F(SongFixture, AnyBytesAreSurvived) {
