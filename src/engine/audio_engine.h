@@ -1,0 +1,70 @@
+#pragma once
+// The audio engine: sources mixed into a master with one gain, played by the
+// output device or rendered offline in the caller's thread. The audio
+// callback never allocates, locks, waits or throws.
+
+#include <array>
+#include <atomic>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace velaro::engine {
+
+class OutputDevice;
+
+// Something that sounds: adds its frames into the left and right buffers.
+class AudioSource {
+public:
+    virtual ~AudioSource() = default;
+    // Thread: audio (or the offline renderer). frames <= AudioEngine::kMaxBlock.
+    virtual void process(float* left, float* right, int frames) noexcept = 0;
+};
+
+class AudioEngine {
+public:
+    static constexpr int kMaxBlock = 1024;
+    static constexpr int kOfflineBlock = 256;
+
+    explicit AudioEngine(int sampleRate = 44100);
+    ~AudioEngine();
+    AudioEngine(const AudioEngine&) = delete;
+    AudioEngine& operator=(const AudioEngine&) = delete;
+
+    int sampleRate() const { return rate_; }
+
+    // Thread: logic. A source stays until the engine ends.
+    void addSource(AudioSource* source);
+    // Thread: any.
+    void setMasterGain(float gain) { masterGain_.store(gain, std::memory_order_relaxed); }
+    float masterGain() const { return masterGain_.load(std::memory_order_relaxed); }
+
+    // Thread: audio. Interleaved stereo float.
+    void process(float* interleaved, int frames) noexcept;
+
+    // Offline: renders `frames` in fixed blocks and hands each to the sink.
+    // Thread: logic, only while no device runs.
+    using Sink = std::function<void(const float* interleaved, int frames)>;
+    void setSink(Sink sink) { sink_ = std::move(sink); }
+    void render(int64_t frames);
+
+    // The sound device. Thread: logic. False (with a reason) when none can be opened.
+    bool startDevice(std::string& error, int bufferFrames = 256);
+    void stopDevice();
+    bool deviceRunning() const;
+    // Frames the device has played; the clock of real-time runs. Thread: any.
+    int64_t framesPlayed() const { return framesPlayed_.load(std::memory_order_acquire); }
+
+private:
+    int rate_;
+    std::array<std::atomic<AudioSource*>, 32> sources_{};
+    std::atomic<int> sourceCount_{0};
+    std::atomic<float> masterGain_{1.0f};
+    std::atomic<int64_t> framesPlayed_{0};
+    std::vector<float> left_, right_, offline_;
+    Sink sink_;
+    std::unique_ptr<OutputDevice> device_;
+};
+
+}  // namespace velaro::engine

@@ -1,0 +1,80 @@
+#pragma once
+// The synthesiser performance on our engine: segments from our sequencer,
+// collections as FluidSynth banks, playback on the engine's song source.
+// Every operation runs on the logic thread.
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "audio_engine.h"
+#include "core/platform/performance.h"
+#include "segment.h"
+#include "song_player.h"
+
+namespace velaro::engine {
+
+class Synth;
+
+class PerformanceEngine : public platform::Performance {
+public:
+    explicit PerformanceEngine(AudioEngine& engine, int polyphony = 256);
+    ~PerformanceEngine() override;
+
+    platform::SegmentId LoadSegment(const std::string& path) override;
+    platform::CollectionId LoadCollection(const std::string& path) override;
+    void InitAudio(int flags, const platform::AudioParams& params, int defaultPathType, int channels) override;
+    void CloseDown() override;
+    platform::AudioPathId GetDefaultAudioPath() override;
+    platform::SegmentStateId PlaySegmentEx(platform::SegmentId seg, int flags, int64_t startTime,
+                                           platform::AudioPathId path) override;
+    void StopEx(platform::AudioPathId path, int64_t time, int flags) override;
+    int32_t GetMusicTime() override;
+    double GetTempo(int32_t musicTime) override;
+    void SetMasterTempo(float factor) override;
+    float GetMasterTempo() override;
+    void SetMasterVolume(int32_t hundredthsDb) override;
+    void SendMIDIPMSG(int64_t time, int flags, int channel, int status, int byte1, int byte2) override;
+    void SendPatchPMSG(int64_t time, int flags, int channel, int program, int msb, int lsb) override;
+    void SendTransposePMSG(int64_t time, int flags, int channel, int semitones) override;
+    void SetStartPoint(platform::SegmentId seg, int32_t musicTime) override;
+    int32_t GetLength(platform::SegmentId seg) override;
+    void SetStandardMidiFile(platform::SegmentId seg) override;
+    void Download(platform::SegmentId seg) override;
+    void Unload(platform::SegmentId seg) override;
+    void ConnectToCollection(platform::SegmentId seg, platform::CollectionId coll) override;
+    int32_t GetSeek(platform::SegmentStateId state) override;
+
+    // The bank used when no collection is connected (default: the system's GM bank).
+    void setDefaultBank(std::string path) { defaultBank_ = std::move(path); }
+    const std::string& activeBank() const { return activeBank_; }
+    SongPlayer& player() { return player_; }
+
+private:
+    struct SegmentSlot {
+        std::unique_ptr<Segment> segment;
+        int32_t startPoint = 0;
+        platform::CollectionId collection = 0;
+    };
+    SegmentSlot& slot(platform::SegmentId id);
+    // Makes sure the synthesiser plays `bank`, loading it when it is not the one in use.
+    void useBank(const std::string& bank);
+
+    AudioEngine& engine_;
+    SongPlayer player_;
+    int polyphony_;
+    std::map<platform::SegmentId, SegmentSlot> segments_;
+    std::map<platform::CollectionId, std::string> collections_;
+    int nextId_ = 1;
+    platform::SegmentStateId state_ = 0;
+    platform::SegmentId playingSegment_ = 0;
+    double playOrigin_ = 0;  // performance music time at which the segment's tick 0 lies
+    bool initialised_ = false;
+    std::string defaultBank_;
+    std::string activeBank_;
+    // One synthesiser per bank used in the session, kept so that going back
+    // to a bank is instant and no synth is freed while the audio thread may hold it.
+    std::map<std::string, std::unique_ptr<Synth>> synths_;
+};
+
+}  // namespace velaro::engine

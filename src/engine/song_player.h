@@ -1,0 +1,78 @@
+#pragma once
+// The song source: walks a segment in music time, sends its events to the
+// synthesiser and renders it. The logic thread commands it through a queue;
+// positions come back through atomics.
+
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+#include "audio_engine.h"
+#include "segment.h"
+#include "spsc_queue.h"
+
+namespace velaro::engine {
+
+class Synth;
+
+class SongPlayer : public AudioSource {
+public:
+    explicit SongPlayer(int sampleRate);
+    ~SongPlayer() override;
+
+    // ---- logic thread: commands, applied at the start of the next block ----
+    void play(const Segment* seg, double startTicks);
+    void stop();
+    void sendMidi(int channel, int status, int data1, int data2);
+    void setTranspose(int channel, int semitones);
+    void setMasterTempo(float factor);
+    // Hands a synthesiser over; the caller keeps the old one alive.
+    void swapSynth(Synth* synth);
+
+    // ---- any thread ----
+    double seekTicks() const { return seek_.load(std::memory_order_acquire); }
+    double musicTicks() const { return perfTicks_.load(std::memory_order_acquire); }
+    bool playing() const { return playing_.load(std::memory_order_acquire); }
+    float masterTempo() const { return factorShown_.load(std::memory_order_relaxed); }
+
+    // ---- audio thread ----
+    void process(float* left, float* right, int frames) noexcept override;
+
+private:
+    struct Command {
+        enum Kind : uint8_t { Play, Stop, Midi, Transpose, Tempo, Swap } kind = Stop;
+        const Segment* seg = nullptr;
+        double start = 0;
+        int channel = 0;
+        int a = 0, b = 0, c = 0;
+        float factor = 1;
+        Synth* synth = nullptr;
+    };
+    void push(const Command& c);
+    void apply(const Command& c) noexcept;
+    void dispatch(const SeqEvent& e, bool notes) noexcept;
+    void silence() noexcept;
+
+    const int rate_;
+    SpscQueue<Command, 1024> commands_;
+
+    // Audio-thread state.
+    Synth* synth_ = nullptr;
+    const Segment* seg_ = nullptr;
+    size_t next_ = 0;
+    size_t tempoIndex_ = 0;
+    double pos_ = 0;
+    double perf_ = 0;
+    double factor_ = 1.0;
+    bool running_ = false;
+    int transpose_[16] = {};
+    uint8_t sounding_[16][128] = {};  // key sent + 1, per channel and key of the file
+    std::vector<float> l_, r_;
+
+    std::atomic<double> seek_{0};
+    std::atomic<double> perfTicks_{0};
+    std::atomic<bool> playing_{false};
+    std::atomic<float> factorShown_{1.0f};
+};
+
+}  // namespace velaro::engine
