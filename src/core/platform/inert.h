@@ -160,8 +160,8 @@ public:
 
 class InertProcessLauncher : public ProcessLauncher {
 public:
-    bool Start(const std::string&, const std::vector<std::string>&) override { return false; }
-    int Run(const std::string&, const std::vector<std::string>&) override { return -1; }
+    int Start(const std::string&, const std::vector<std::string>&) override { return -1; }
+    int Wait(int) override { return -1; }
 };
 
 // Paths are taken as given; truncation really happens, since it is plain file work.

@@ -9,10 +9,10 @@ namespace velaro::platform {
 class ProcessLauncher {
 public:
     virtual ~ProcessLauncher() = default;
-    // Starts the program and returns at once; false when it could not start.
-    virtual bool Start(const std::string& program, const std::vector<std::string>& args) = 0;
-    // Runs the program and waits for its end; -1 when it could not start.
-    virtual int Run(const std::string& program, const std::vector<std::string>& args) = 0;
+    // Starts the program and returns at once: a handle above 0, or -1 when it could not start.
+    virtual int Start(const std::string& program, const std::vector<std::string>& args) = 0;
+    // Waits for a started program to end; its exit code, or -1.
+    virtual int Wait(int handle) = 0;
 };
 
 }  // namespace velaro::platform

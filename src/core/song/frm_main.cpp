@@ -5,8 +5,59 @@
 namespace velaro::song {
 
 frmMain::frmMain(ui::Runtime& rt, platform::Platform& p)
-    : ui::Form(rt, "frmMain"), platform(p), convertedPath(RPP(tempFolder()) + "converto.kar") {
+    : ui::Form(rt, "frmMain"),
+      platform(p),
+      soundBankPath(RPP(applicationFolder()) + "sound01.dls"),
+      convertedPath(RPP(tempFolder()) + "converto.kar") {
     caption = "VELARO DECK";
+    MnuOpenSong.setCaption("&Open Midi Song");
+    pLmenu.setCaption("&Playlist");
+    mnew.setCaption("&DigitalRecorder");
+    dlsbank.setCaption("&Load Sound Bank");
+    SaveT.setCaption("Save Text");
+    SaveSyncro.setCaption("Save Text & Syncro");
+    Cmd_Play.setCaption("Play");
+    Cmd_Stop.setCaption("Stop");
+    Check2.setCaption("Pc");
+    Check3.setCaption("Rv");
+    Frame8.setCaption("    Midi Player   ");
+
+    // Design state: nothing to play yet.
+    for (ui::Control* c : {static_cast<ui::Control*>(&Cmd_Play), static_cast<ui::Control*>(&Cmd_Stop),
+                           static_cast<ui::Control*>(&CmdPause), static_cast<ui::Control*>(&SaveT),
+                           static_cast<ui::Control*>(&SaveSyncro)})
+        c->setEnabled(false);
+    List3.setVisible(false);
+    vslidertempo.setValue(64);
+    Slider1.setValue(75);
+    Picture4.setWidth(6000);
+    Command9.setWidth(300);
+
+    MnuOpenSong.Click = [this] { MnuOpenSong_Click(); };
+    pLmenu.Click = [this] { pLmenu_Click(); };
+    Cmd_Play.Click = [this] { Cmd_Play_Click(); };
+    Cmd_Stop.Click = [this] { Cmd_Stop_Click(); };
+    CmdPause.Click = [this] { CmdPause_Click(); };
+    Timer.Tick = [this] { Timer_Timer(); };
+    Timer1.Tick = [this] { call(Timer1_Timer); };
+    vslidertempo.Change = [this] { vslidertempo_Change(); };
+    vscroll1.Change = [this] { vscroll1_Change(); };
+    Slider1.Change = [this] { Slider1_Change(); };
+    Slider2.bind(&ui::Slider::Change, [this](int c) { Slider2_Change(c); });
+    Check1.bind(&ui::CheckBox::Click, [this](int c) { Check1_Click(c); });
+    Option1.bind(&ui::OptionButton::Click, [this](int c) { Option1_Click(c); });
+    List3.Click = [this] { List3_Click(); };
+    Check2.Click = [this] { Check2_Click(); };
+    Command9.MouseDown = [this](int b, int s, double x, double y) { Command9_MouseDown(b, s, x, y); };
+    Command9.MouseMove = [this](int b, int s, double x, double y) { Command9_MouseMove(b, s, x, y); };
+    Command9.MouseUp = [this](int b, int s, double x, double y) { Command9_MouseUp(b, s, x, y); };
+    Picture4.MouseMove = [this](int b, int s, double x, double y) { Picture4_MouseMove(b, s, x, y); };
+
+    loadingPatches = true;
+    LoadPatches();
+    loadingPatches = false;
 }
+
+frmMain::~frmMain() = default;
 
 }  // namespace velaro::song

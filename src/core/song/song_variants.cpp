@@ -87,3 +87,25 @@ void frmMain::senzatesto() {
 }
 
 }  // namespace velaro::song
+
+namespace velaro::song {
+
+void frmMain::midkar() {
+    // The converter writes the karaoke copy to a fixed path; it is given the
+    // song's full short path, as the old converter wanted it.
+    std::string shortPath;
+    resumeNext([&] { shortPath = platform.files->ShortPath(platform.files->FullPath(songPath())); });
+    int handle = -1;
+    resumeNext([&] {
+        handle = platform.processes->Start(RPP(programFolder()) + "velaro-tx", {shortPath, convertedPath});
+    });
+    const int answer = rt.dialogs.msgBox("MID to KARAOKE", ui::vbOKOnly, "VELARO DECK");
+    if (answer != ui::vbNo) {
+        rt.screenMousePointer = ui::kPointerHourglass;
+        // Waiting for the converter to end replaces the old fixed delay.
+        if (handle > 0) resumeNext([&] { platform.processes->Wait(handle); });
+        rt.screenMousePointer = ui::kPointerDefault;
+    }
+}
+
+}  // namespace velaro::song
