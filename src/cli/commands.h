@@ -7,5 +7,7 @@ namespace velaro::cli {
 
 // Each returns the process exit code: 0 done, 2 usage error.
 int runInfo(const std::vector<std::string>& args);
+int runRender(const std::vector<std::string>& args);
+int runPlay(const std::vector<std::string>& args);
 
 }  // namespace velaro::cli

@@ -15,6 +15,11 @@ const char* kUsage =
     "commands:\n"
     "  info FILE [--json]   read a song file (.mid, .kar) and print its model:\n"
     "                       tempo, channel rows, words and lines\n"
+    "  render SONG -o OUT.wav [--bank FILE] [--tempo V] [--transpose N] [--volume V] [--rate HZ]\n"
+    "                       play the song as the window does, offline, into a 16-bit stereo wave\n"
+    "                       (tempo 0-127, 64 normal; transpose -10..10; volume 50-100, 75 normal)\n"
+    "  play SONG [--bank FILE] [--tempo V] [--transpose N] [--volume V]\n"
+    "                       play the song through the sound card, showing each word as it comes\n"
     "  help                 this text\n";
 
 }  // namespace
@@ -33,6 +38,8 @@ int main(int argc, char** argv) {
     }
     try {
         if (cmd == "info") return velaro::cli::runInfo(args);
+        if (cmd == "render") return velaro::cli::runRender(args);
+        if (cmd == "play") return velaro::cli::runPlay(args);
     } catch (const std::exception& e) {
         std::cerr << "velaro " << cmd << ": " << e.what() << '\n';
         return 1;

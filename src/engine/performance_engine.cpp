@@ -91,7 +91,10 @@ void PerformanceEngine::SetMasterTempo(float factor) { player_.setMasterTempo(fa
 float PerformanceEngine::GetMasterTempo() { return player_.masterTempo(); }
 
 void PerformanceEngine::SetMasterVolume(int32_t v) {
-    engine_.setMasterGain(std::pow(10.0f, static_cast<float>(v) / 2000.0f));
+    // The window maps its volume slider to 9-30 dB of attenuation, made for a
+    // synthesiser that ran hot. FluidSynth does not, so the slider's resting
+    // place (75, -19.5 dB) is unity here and the slider keeps its full range.
+    engine_.setMasterGain(std::pow(10.0f, static_cast<float>(v - kUnityAttenuation) / 2000.0f));
 }
 
 void PerformanceEngine::SendMIDIPMSG(int64_t, int, int channel, int status, int b1, int b2) {

@@ -18,6 +18,9 @@ class Synth;
 
 class PerformanceEngine : public platform::Performance {
 public:
+    // The master volume, in hundredths of a decibel, that plays at unity gain.
+    static constexpr int32_t kUnityAttenuation = -1950;
+
     explicit PerformanceEngine(AudioEngine& engine, int polyphony = 256);
     ~PerformanceEngine() override;
 

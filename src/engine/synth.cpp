@@ -33,7 +33,7 @@ Synth::Synth(int sampleRate, int polyphony) {
     // Only one thread at a time ever calls it, so its own lock is not needed
     // and must not be taken on the audio thread.
     fluid_settings_setint(settings_.get(), "synth.threadsafe-api", 0);
-    fluid_settings_setnum(settings_.get(), "synth.gain", 0.4);
+    fluid_settings_setnum(settings_.get(), "synth.gain", 0.8);
     synth_.reset(new_fluid_synth(settings_.get()));
     if (!synth_) throw std::runtime_error("new_fluid_synth failed");
 }

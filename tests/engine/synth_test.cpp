@@ -91,8 +91,11 @@ TEST_F(Rendered, PerformancePlaysTransposesAndMutes) {
     seconds(0.3);
     EXPECT_LT(rms(out), 1e-4f);
 
-    // Master volume is an attenuation in hundredths of a decibel.
-    perf.SetMasterVolume(-600);
+    // Master volume is an attenuation in hundredths of a decibel; the
+    // window's resting place is unity.
+    perf.SetMasterVolume(PerformanceEngine::kUnityAttenuation);
+    EXPECT_FLOAT_EQ(engine.masterGain(), 1.0f);
+    perf.SetMasterVolume(PerformanceEngine::kUnityAttenuation - 600);
     EXPECT_NEAR(engine.masterGain(), 0.501f, 0.001f);
 }
 

@@ -24,24 +24,9 @@ void VirtualLoop::runPosted() {
     }
 }
 
-void VirtualLoop::timerChanged(Timer& timer) {
-    auto it = timers_.find(&timer);
-    if (!timer.active()) {
-        if (it != timers_.end()) {
-            // A timer stopped from inside its own handler keeps its slot until the handler ends.
-            if (it->second.running) it->second.interval = 0;
-            else timers_.erase(it);
-        }
-        return;
-    }
-    if (it != timers_.end() && it->second.interval == timer.interval()) return;
-    Slot& s = timers_[&timer];
-    s.interval = timer.interval();
-    s.due = now_ + timer.interval();
-    s.order = nextOrder_++;
-}
+void VirtualLoop::timerChanged(Timer& timer) { timers_.changed(timer, now_); }
 
-void VirtualLoop::timerGone(Timer& timer) { timers_.erase(&timer); }
+void VirtualLoop::timerGone(Timer& timer) { timers_.gone(timer); }
 
 void VirtualLoop::at(int64_t timeMs, std::function<void()> action) {
     actions_.emplace(timeMs, std::move(action));
@@ -69,48 +54,23 @@ void VirtualLoop::moveClock(int64_t t) {
 void VirtualLoop::stepTo(int64_t target) {
     for (;;) {
         runPosted();
-        // The earliest thing due: user actions first at equal times, then timers
-        // by due time and the order they were started.
-        int64_t best = std::numeric_limits<int64_t>::max();
-        Timer* bestTimer = nullptr;
-        uint64_t bestOrder = 0;
-        for (auto& [t, s] : timers_) {
-            if (s.running || s.interval <= 0) continue;
-            int64_t when = std::max(s.due, now_);
-            if (when < best || (when == best && s.order < bestOrder)) {
-                best = when;
-                bestTimer = t;
-                bestOrder = s.order;
-            }
-        }
-        bool actionFirst = false;
+        // The earliest thing due: user actions first at equal times, then
+        // timers by due time and the order they were started.
+        int64_t when = std::numeric_limits<int64_t>::max();
+        Timer* timer = timers_.next(now_, target, when);
         if (!actions_.empty()) {
-            int64_t when = std::max(actions_.begin()->first, now_);
-            if (when <= best) {
-                best = when;
-                actionFirst = true;
+            const int64_t at = std::max(actions_.begin()->first, now_);
+            if (at <= target && at <= when) {
+                moveClock(at);
+                auto fn = std::move(actions_.begin()->second);
+                actions_.erase(actions_.begin());
+                fn();
+                continue;
             }
         }
-        if (best > target) break;
-        moveClock(best);
-        if (actionFirst) {
-            auto fn = std::move(actions_.begin()->second);
-            actions_.erase(actions_.begin());
-            fn();
-            continue;
-        }
-        Slot& s = timers_[bestTimer];
-        // Windows timers do not queue missed ticks: the next one is the next
-        // multiple of the interval after now.
-        s.due += s.interval;
-        if (s.due <= now_) s.due += ((now_ - s.due) / s.interval + 1) * s.interval;
-        s.running = true;
-        bestTimer->fire();
-        auto it = timers_.find(bestTimer);
-        if (it != timers_.end()) {
-            it->second.running = false;
-            if (!bestTimer->active()) timers_.erase(it);
-        }
+        if (!timer) break;
+        moveClock(when);
+        timers_.fire(timer, now_);
     }
     moveClock(target);
 }
@@ -124,9 +84,7 @@ void VirtualLoop::sleep(int64_t ms) {
 void VirtualLoop::advance(int64_t ms) { stepTo(now_ + ms); }
 
 bool VirtualLoop::anythingScheduled() const {
-    for (auto& [t, s] : timers_)
-        if (!s.running && s.interval > 0) return true;
-    if (!actions_.empty()) return true;
+    if (timers_.anyWaiting() || !actions_.empty()) return true;
     std::lock_guard<std::mutex> lock(const_cast<std::mutex&>(postMutex_));
     return !posted_.empty();
 }

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "event_loop.h"
+#include "timer_schedule.h"
 
 namespace velaro::ui {
 
@@ -49,12 +50,6 @@ public:
     int64_t framesRendered() const { return framesDone_; }
 
 private:
-    struct Slot {
-        int64_t due = 0;
-        int interval = 0;
-        uint64_t order = 0;
-        bool running = false;
-    };
     void runPosted();
     bool anythingScheduled() const;
     // Fires what is due up to `target` in time order, then moves the clock there.
@@ -63,8 +58,7 @@ private:
 
     int64_t stepMs_;
     int64_t now_ = 0;
-    uint64_t nextOrder_ = 0;
-    std::map<Timer*, Slot> timers_;
+    TimerSchedule timers_;
     std::multimap<int64_t, std::function<void()>> actions_;
     std::mutex postMutex_;
     std::deque<std::function<void()>> posted_;

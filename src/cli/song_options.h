@@ -1,0 +1,23 @@
+#pragma once
+// Options shared by the commands that play a song, with their checks.
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace velaro::cli {
+
+struct SongOptions {
+    std::string song;
+    std::string out;
+    std::string bank;
+    std::optional<int> tempo;      // vslidertempo, 0-127
+    std::optional<int> transpose;  // vscroll1, -10..10
+    std::optional<int> volume;     // Slider1, 50-100
+    int rate = 44100;
+};
+
+// Parses args into opts; on a usage error returns false with the reason.
+bool parseSongOptions(const std::vector<std::string>& args, bool wantOut, SongOptions& opts, std::string& error);
+
+}  // namespace velaro::cli

@@ -1,0 +1,11 @@
+#include "engine_platform.h"
+
+namespace velaro::engine {
+
+EnginePlatform::EnginePlatform(int sampleRate) : audio_(sampleRate), performance_(audio_) {
+    platform::Platform& p = inert_.get();
+    p.performance = &performance_;
+    p.processes = &processes_;
+}
+
+}  // namespace velaro::engine

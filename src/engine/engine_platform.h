@@ -1,0 +1,29 @@
+#pragma once
+// The platform with the engine's real services behind it: the audio engine,
+// the synthesiser performance, programs and files. Services that later work
+// fills in stay inert until then.
+
+#include <memory>
+
+#include "audio_engine.h"
+#include "core/platform/inert.h"
+#include "performance_engine.h"
+#include "posix_process.h"
+
+namespace velaro::engine {
+
+class EnginePlatform {
+public:
+    explicit EnginePlatform(int sampleRate = 44100);
+    platform::Platform& get() { return inert_.get(); }
+    AudioEngine& audio() { return audio_; }
+    PerformanceEngine& performance() { return performance_; }
+
+private:
+    AudioEngine audio_;
+    PerformanceEngine performance_;
+    PosixProcess processes_;
+    platform::InertPlatform inert_;
+};
+
+}  // namespace velaro::engine
