@@ -156,15 +156,19 @@ int main(int argc, char** argv) {
 
     std::stable_sort(words.begin(), words.end(), [](const Event& a, const Event& b) { return a.tick < b.tick; });
     std::vector<Event> wordTrack = {{0, metaEvent(0x03, "Words")}};
-    bool newLine = false;
+    // The first line starts with a paragraph mark, as karaoke files do.
+    bool newLine = false, first = true;
     for (auto& w : words) {
         std::string t = w.bytes;
         bool leadBreak = !t.empty() && (t.front() == '\r' || t.front() == '\n');
         bool endBreak = !t.empty() && (t.back() == '\r' || t.back() == '\n');
         t.erase(std::remove_if(t.begin(), t.end(), [](char c) { return c == '\r' || c == '\n'; }), t.end());
-        if ((newLine || leadBreak) && (t.empty() || (t.front() != '/' && t.front() != '\\'))) t = "/" + t;
+        const bool marked = !t.empty() && (t.front() == '/' || t.front() == '\\');
+        if (!marked && first && !t.empty()) t = "\\" + t;
+        else if (!marked && (newLine || leadBreak)) t = "/" + t;
         newLine = endBreak;
         if (t.empty()) continue;
+        first = false;
         wordTrack.push_back({w.tick, metaEvent(0x01, t)});
     }
 

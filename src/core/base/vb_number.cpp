@@ -137,6 +137,8 @@ std::string vbFormat(double value, std::string_view pattern) {
 
 std::string numberText(double v) {
     if (!std::isfinite(v)) return "0";
+    // Whole numbers read best whole: 500000, not 5e+05.
+    if (v == std::trunc(v) && std::fabs(v) < 1e15) return std::to_string(static_cast<int64_t>(v));
     char buf[64];
     auto res = std::to_chars(buf, buf + sizeof buf, v);
     return std::string(buf, res.ptr);
@@ -144,6 +146,7 @@ std::string numberText(double v) {
 
 std::string numberText(float v) {
     if (!std::isfinite(v)) return "0";
+    if (v == std::trunc(v) && std::fabs(v) < 1e7f) return std::to_string(static_cast<int64_t>(v));
     char buf[64];
     auto res = std::to_chars(buf, buf + sizeof buf, v);
     return std::string(buf, res.ptr);

@@ -84,6 +84,9 @@ TEST(Numbers, FormatPatterns) {
 
 TEST(Numbers, ShortestExactText) {
     EXPECT_EQ(numberText(120.0), "120");
+    EXPECT_EQ(numberText(500000.0), "500000");
+    EXPECT_EQ(numberText(-0.0), "0");
+    EXPECT_EQ(numberText(1e20), "1e+20");
     EXPECT_EQ(numberText(500000.0 / 120 / 4000), "1.0416666666666667");
     EXPECT_EQ(numberText(133.33f), "133.33");
 }
