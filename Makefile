@@ -16,8 +16,14 @@ $(BUILD)/build.ninja:
 build: deps $(BUILD)/build.ninja
 	cmake --build $(BUILD) -j $(JOBS)
 
+# Plays the demo song through the sound card; with no card (exit 3) it
+# renders it to a wave file instead.
 demo: build
-	$(BUILD)/bin/velaro info $(BUILD)/demo/demo.kar
+	@$(BUILD)/bin/velaro play $(BUILD)/demo/demo.kar; rc=$$?; \
+	if [ $$rc -eq 3 ]; then \
+	  mkdir -p demo-out && $(BUILD)/bin/velaro render $(BUILD)/demo/demo.kar -o demo-out/demo.wav && \
+	  echo "No sound device here: the demo song is rendered to demo-out/demo.wav instead."; \
+	else exit $$rc; fi
 
 check: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)

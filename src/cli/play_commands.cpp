@@ -126,7 +126,7 @@ int runPlay(const std::vector<std::string>& args) {
         return 1;
     }
     if (!ep.audio().startDevice(error)) {
-        std::cerr << "velaro play: no sound device (" << error << ")\n";
+        std::cerr << "velaro play: no sound device" << (error == "no sound device" ? "" : " (" + error + ")") << '\n';
         return 3;
     }
     std::signal(SIGINT, onSignal);

@@ -1,5 +1,6 @@
 #include "output_device.h"
 
+#include <alsa/asoundlib.h>
 #include <rtaudio/RtAudio.h>
 
 #include <algorithm>
@@ -7,7 +8,13 @@
 
 namespace velaro::engine {
 
-OutputDevice::OutputDevice() = default;
+namespace {
+// ALSA's library prints its own complaints when no card is there; the
+// program says what matters itself.
+void quietAlsa(const char*, int, const char*, int, const char*, ...) {}
+}  // namespace
+
+OutputDevice::OutputDevice() { snd_lib_error_set_handler(&quietAlsa); }
 
 OutputDevice::~OutputDevice() { close(); }
 
