@@ -37,6 +37,7 @@ check-san: deps
 
 bench: build
 	$(BUILD)/bench/bench_readfile
+	$(BUILD)/bench/bench_render
 
 clean:
 	rm -rf $(BUILD) $(SAN_BUILD)
