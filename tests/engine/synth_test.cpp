@@ -61,6 +61,20 @@ TEST_F(Rendered, TinyBankSoundsAtItsPitch) {
     EXPECT_NEAR(zeroCrossingFrequency(l.data() + kRate / 4, kRate / 4, 1, kRate), 880.0, 4.0);
 }
 
+TEST_F(Rendered, TinyDlsCollectionSoundsAtItsPitch) {
+    Synth s(kRate);
+    ASSERT_TRUE(s.loadBank(writeTemp("tiny.dls", tinyDls())));
+    std::vector<float> l(kRate / 2), r(kRate / 2);
+    s.noteOn(0, 69, 127);
+    s.render(l.data(), r.data(), kRate / 2);
+    EXPECT_NEAR(zeroCrossingFrequency(l.data() + kRate / 4, kRate / 4, 1, kRate), 440.0, 2.0);
+    s.allSoundsOff();
+    s.render(l.data(), r.data(), kRate / 2);
+    s.noteOn(0, 57, 127);
+    s.render(l.data(), r.data(), kRate / 2);
+    EXPECT_NEAR(zeroCrossingFrequency(l.data() + kRate / 4, kRate / 4, 1, kRate), 220.0, 1.0);
+}
+
 TEST_F(Rendered, PerformancePlaysTransposesAndMutes) {
     PerformanceEngine perf(engine);
     perf.setDefaultBank(bank);

@@ -62,6 +62,26 @@ std::string tinySf2() {
     return chunk("RIFF", "sfbk" + info + sdta + pdta);
 }
 
+std::string tinyDls() {
+    const int rate = 44000, len = 100 * 100;
+    std::string data;
+    for (int i = 0; i < len; ++i) {
+        auto v = static_cast<int16_t>(std::lround(20000 * std::sin(2 * M_PI * i / 100.0)));
+        data += le(static_cast<uint16_t>(v), 2);
+    }
+    // One loop over the whole sine; unity note 69 (440 Hz).
+    const std::string wsmp = chunk("wsmp", le(20, 4) + le(69, 2) + le(0, 2) + le(0, 4) + le(0, 4) + le(1, 4) +
+                                               le(16, 4) + le(0, 4) + le(0, 4) + le(len, 4));
+    const std::string rgnh = chunk("rgnh", le(0, 2) + le(127, 2) + le(0, 2) + le(127, 2) + le(0, 2) + le(0, 2));
+    const std::string wlnk = chunk("wlnk", le(0, 2) + le(0, 2) + le(1, 4) + le(0, 4));
+    const std::string ins = list("ins ", chunk("insh", le(1, 4) + le(0, 4) + le(0, 4)) +
+                                             list("lrgn", list("rgn ", rgnh + wsmp + wlnk)));
+    const std::string fmt = chunk("fmt ", le(1, 2) + le(1, 2) + le(rate, 4) + le(rate * 2, 4) + le(2, 2) + le(16, 2));
+    const std::string wave = list("wave", fmt + wsmp + chunk("data", data));
+    return chunk("RIFF", "DLS " + chunk("colh", le(1, 4)) + list("lins", ins) +
+                             chunk("ptbl", le(8, 4) + le(1, 4) + le(0, 4)) + list("wvpl", wave));
+}
+
 double zeroCrossingFrequency(const float* s, size_t count, int stride, int sampleRate) {
     size_t first = 0, last = 0, crossings = 0;
     for (size_t i = 1; i < count; ++i) {
