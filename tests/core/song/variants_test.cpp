@@ -1,3 +1,4 @@
+#include "core/base/paths.h"
 #include "song_fixture.h"
 
 using namespace velaro::testing;
@@ -85,4 +86,50 @@ TEST_F(Variants, UnreadableFilesEndTheCheck) {
     open("MThd", "short.mid");  // too short for the format word
     EXPECT_FALSE(f.skipConversion);
     EXPECT_TRUE(notices().empty());
+}
+
+namespace {
+
+// Records the converter's command line and writes what the converter would.
+struct FakeConverter : velaro::platform::ProcessLauncher {
+    std::string program;
+    std::vector<std::string> args;
+    std::string output;  // written to the second argument when waited for
+    bool waited = false;
+    int Start(const std::string& p, const std::vector<std::string>& a) override {
+        program = p;
+        args = a;
+        return 42;
+    }
+    int Wait(int handle) override {
+        waited = handle == 42;
+        if (args.size() == 2 && !output.empty()) velaro::writeWholeFile(args[1], output);
+        return 0;
+    }
+};
+
+}  // namespace
+
+TEST_F(Variants, ALyricRichFileGoesThroughTheConverter) {
+    FakeConverter converter;
+    velaro::platform::Platform p = inert.get();
+    p.processes = &converter;
+    velaro::song::frmMain form(rt, p);
+    converter.output = song({bytes({0x00}) + textEvent("x")});
+
+    const std::string mid = writeTemp("rich.mid", format0(lyrics(25, "la")));
+    form.setSongPath(mid);
+    form.OpenFile();
+    EXPECT_EQ(converter.program, velaro::RPP(velaro::programFolder()) + "velaro-tx");
+    EXPECT_EQ(converter.args, (std::vector<std::string>{mid, form.convertedPath}));
+    EXPECT_TRUE(converter.waited);
+    EXPECT_EQ(notices(), (std::vector<std::string>{"VELARO DECK: MID to KARAOKE"}));
+    EXPECT_EQ(form.songPath(), form.convertedPath);
+
+    // No output from the converter: the song stays as chosen.
+    converter.output.clear();
+    velaro::deleteFile(form.convertedPath);
+    form.setSongPath(mid);
+    form.OpenFile();
+    EXPECT_EQ(form.songPath(), mid);
 }
