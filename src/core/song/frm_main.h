@@ -234,6 +234,8 @@ private:
     // The start-point arithmetic shared by the three ways of playing.
     void prepareStart();
     void showLength();
+    // The minute and second fields of the segment's length, in a unit of their own.
+    void lengthFields();
     double thumbGrab_ = 0;
     bool thumbDown_ = false;
 };

@@ -147,12 +147,7 @@ void frmMain::PLAYERMIDI() {
         songStoppedFlag = false;
     }
     // 3.
-    R([&] {
-        const double len = perf.GetLength(dmSegment);
-        const double minutes = vbFix(len / 60000);
-        lengthMinutesField = vbFormat(minutes, "00");
-        lengthSecondsField = vbFormat(vbFix(len / 1000 - minutes * 60), "00");
-    });
+    R([&] { lengthFields(); });
     deviceOpen = true;
     // 4, 5.
     prepareStart();

@@ -187,12 +187,7 @@ void frmMain::OpenMusic() {
         perf.Download(dmSegment);
     });
     // 7. Display fields in a unit of their own; Play replaces them.
-    R([&] {
-        const double len = perf.GetLength(dmSegment);
-        const double minutes = vbFix(len / 60000);
-        lengthMinutesField = vbFormat(minutes, "00");
-        lengthSecondsField = vbFormat(vbFix(len / 1000 - minutes * 60), "00");
-    });
+    R([&] { lengthFields(); });
     // 8. Two fields nothing ever fills.
     R([&] { Label9.setCaption("0/0"); });
     // 9.
@@ -209,6 +204,13 @@ void frmMain::OpenMusic() {
     // 12.
     deviceOpen = true;
     mousePointer = ui::kPointerDefault;
+}
+
+void frmMain::lengthFields() {
+    const double len = platform.performance->GetLength(dmSegment);
+    const double minutes = vbFix(len / 60000);
+    lengthMinutesField = vbFormat(minutes, "00");
+    lengthSecondsField = vbFormat(vbFix(len / 1000 - minutes * 60), "00");
 }
 
 void frmMain::prepareStart() {
