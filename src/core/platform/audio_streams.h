@@ -11,11 +11,17 @@ namespace velaro::platform {
 
 using StreamId = uint32_t;  // 0: none
 
+// The version the program was made for: major 2 in the low word, minor 1 in
+// the high word, as the library packs it.
+inline constexpr uint32_t kStreamsVersion = (1u << 16) | 2u;
+
 class AudioStreams {
 public:
     virtual ~AudioStreams() = default;
     virtual uint32_t GetVersion() = 0;  // high word major, low word minor
     virtual bool Init(int device, int rate) = 0;
+    virtual bool RecordInit(int device) = 0;
+    virtual int ErrorGetCode() = 0;
     virtual void Free() = 0;
     virtual std::vector<std::string> RecordInputs() = 0;
     virtual bool RecordInputEnabled(int input) = 0;

@@ -40,8 +40,11 @@ private:
 
 class InertAudioStreams : public AudioStreams {
 public:
-    uint32_t GetVersion() override { return 0; }
-    bool Init(int, int) override { return false; }
+    // A library that starts and has nothing: the right version, no inputs.
+    uint32_t GetVersion() override { return kStreamsVersion; }
+    bool Init(int, int) override { return true; }
+    bool RecordInit(int) override { return true; }
+    int ErrorGetCode() override { return 0; }
     void Free() override {}
     std::vector<std::string> RecordInputs() override { return {}; }
     bool RecordInputEnabled(int) override { return false; }

@@ -14,8 +14,18 @@ frmMain::frmMain(ui::Runtime& rt, platform::Platform& p)
     pLmenu.setCaption("&Playlist");
     mnew.setCaption("&DigitalRecorder");
     dlsbank.setCaption("&Load Sound Bank");
-    SaveT.setCaption("Save Text");
-    SaveSyncro.setCaption("Save Text & Syncro");
+    static const std::pair<ui::Menu*, const char*> kMenus[] = {
+        {&cdRipper, "&FromCdAudio"}, {&menuwave, "&Open Wave Mp3 File"}, {&SaveT, "&SaveText"},
+        {&SaveSyncro, "&SaveSync"}, {&MnuMp3, "&Mp3 Audio Karaoke Editor"}, {&mnuExit, "E&xit"},
+        {&inputRec, "&InputRecording"}, {&inputmenu, "RecDrive"}, {&MnuNorm, "&Normalize"},
+        {&mnwave, "&Wave Setup"}, {&Mmp3, "&Mp3 Setup"}, {&wavp3, "Wav to Mp3"}, {&Mchor, "Chorus"},
+        {&Mecho, "Echo"}, {&Mequal, "ParamEq"}, {&Mrev, "Reverb"}, {&Mnfla, "Flanger"},
+        {&Mecompr, "Compressor"}, {&NormMnu, "Normalize (Y/N)"}, {&loadSbank, "LoadSoundBank(Y/N)"},
+        {&MnuMeter, "Vumeter (Y/N)"}, {&SaveC, "Save Configuration"}, {&Mhelp, "Help"}, {&MnuAbout, "&About"}};
+    for (const auto& [menu, text] : kMenus) menu->setCaption(text);
+    Command4.setCaption("Font");
+    Command5.setCaption("ForeColorText");
+    Command6.setCaption("BackColorText");
     Cmd_Play.setCaption("Play");
     Cmd_Stop.setCaption("Stop");
     Check2.setCaption("Pc");
@@ -28,6 +38,7 @@ frmMain::frmMain(ui::Runtime& rt, platform::Platform& p)
                            static_cast<ui::Control*>(&SaveSyncro)})
         c->setEnabled(false);
     List3.setVisible(false);
+    for (const char* q : {"Fast", "Medium", "High"}) cmbQuality.addItem(q);
     vslidertempo.setValue(64);
     Slider1.setValue(75);
     Picture4.setWidth(6000);
@@ -39,7 +50,25 @@ frmMain::frmMain(ui::Runtime& rt, platform::Platform& p)
     Cmd_Stop.Click = [this] { Cmd_Stop_Click(); };
     CmdPause.Click = [this] { CmdPause_Click(); };
     Timer.Tick = [this] { Timer_Timer(); };
-    Timer1.Tick = [this] { call(Timer1_Timer); };
+    Timer1.Tick = [this] { Timer1_Tick(); };
+    TimTps.Tick = [this] { TimTps_Timer(); };
+    Command4.Click = [this] { Command4_Click(); };
+    Command5.Click = [this] { Command5_Click(); };
+    Command6.Click = [this] { Command6_Click(); };
+    SaveT.Click = [this] { SaveT_Click(); };
+    SaveSyncro.Click = [this] { SaveSyncro_Click(); };
+    SaveC.Click = [this] { SaveC_Click(); };
+    menuwave.Click = [this] { menuwave_Click(); };
+    MnuMp3.Click = [this] { MnuMp3_Click(); };
+    mnew.Click = [this] { mnew_Click(); };
+    cdRipper.Click = [this] { cdRipper_Click(); };
+    dlsbank.Click = [this] { dlsbank_Click(); };
+    mnuExit.Click = [this] { mnuExit_Click(); };
+    NormMnu.Click = [this] { NormMnu_Click(); };
+    loadSbank.Click = [this] { loadSbank_Click(); };
+    MnuMeter.Click = [this] { MnuMeter_Click(); };
+    Mhelp.Click = [this] { call(showHelp); };
+    MnuAbout.Click = [this] { call(showAbout); };
     vslidertempo.Change = [this] { vslidertempo_Change(); };
     vscroll1.Change = [this] { vscroll1_Change(); };
     Slider1.Change = [this] { Slider1_Change(); };
@@ -53,9 +82,6 @@ frmMain::frmMain(ui::Runtime& rt, platform::Platform& p)
     Command9.MouseUp = [this](int b, int s, double x, double y) { Command9_MouseUp(b, s, x, y); };
     Picture4.MouseMove = [this](int b, int s, double x, double y) { Picture4_MouseMove(b, s, x, y); };
 
-    loadingPatches = true;
-    LoadPatches();
-    loadingPatches = false;
 }
 
 frmMain::~frmMain() = default;

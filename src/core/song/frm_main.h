@@ -24,14 +24,39 @@ public:
 
     platform::Platform& platform;
 
-    // ---- menus ----
-    ui::Menu MnuOpenSong{this, "MnuOpenSong"};
-    ui::Menu pLmenu{this, "pLmenu"};
-    ui::Menu mnew{this, "mnew"};
-    ui::Menu dlsbank{this, "dlsbank"};
+    // ---- menus: the four top menus, then their entries ----
+    ui::Menu MnuFile{this, "MnuFile"};
+    ui::Menu mnutil{this, "mnutil"};
+    ui::Menu cvmenu{this, "cvmenu"};
     ui::Menu Meff{this, "Meff"};
+    ui::Menu MnuOpenSong{this, "MnuOpenSong"};
+    ui::Menu cdRipper{this, "cdRipper"};
+    ui::Menu menuwave{this, "menuwave"};
+    ui::Menu pLmenu{this, "pLmenu"};
     ui::Menu SaveT{this, "SaveT"};
     ui::Menu SaveSyncro{this, "SaveSyncro"};
+    ui::Menu MnuMp3{this, "MnuMp3"};
+    ui::Menu mnew{this, "mnew"};
+    ui::Menu mnuExit{this, "mnuExit"};
+    ui::Menu dlsbank{this, "dlsbank"};
+    ui::Menu inputRec{this, "inputRec"};
+    ui::Menu inputmenu{this, "inputmenu"};
+    ui::Menu MnuNorm{this, "MnuNorm"};
+    ui::Menu mnwave{this, "mnwave"};
+    ui::Menu Mmp3{this, "Mmp3"};
+    ui::Menu wavp3{this, "wavp3"};
+    ui::Menu Mchor{this, "Mchor"};
+    ui::Menu Mecho{this, "Mecho"};
+    ui::Menu Mequal{this, "Mequal"};
+    ui::Menu Mrev{this, "Mrev"};
+    ui::Menu Mnfla{this, "Mnfla"};
+    ui::Menu Mecompr{this, "Mecompr"};
+    ui::Menu NormMnu{this, "NormMnu"};
+    ui::Menu loadSbank{this, "loadSbank"};
+    ui::Menu MnuMeter{this, "MnuMeter"};
+    ui::Menu SaveC{this, "SaveC"};
+    ui::Menu Mhelp{this, "Mhelp"};
+    ui::Menu MnuAbout{this, "MnuAbout"};
 
     // ---- transport and recording buttons ----
     ui::CommandButton Cmd_Play{this, "Cmd_Play"};
@@ -47,9 +72,23 @@ public:
     ui::CommandButton Command5{this, "Command5"};
     ui::CommandButton Command6{this, "Command6"};
     ui::CommandButton Command9{this, "Command9"};  // the seek bar's thumb
+    ui::CommandButton cmdplaystop{this, "cmdplaystop"};
+    ui::CommandButton encstop{this, "encstop"};
+
+    // ---- recording input, effects list and the mixer panel ----
+    ui::ComboBox cmbInput{this, "cmbInput"};
+    ui::ComboBox cboRecSrcType{this, "cboRecSrcType"};
+    ui::ComboBox cmbQuality{this, "cmbQuality"};
+    ui::ListBox lstuse{this, "lstuse"};
+    ui::Slider Slider4{this, "Slider4", -1, 0, 100};
+    ui::Slider Sldmastervolume{this, "Sldmastervolume", -1, 0, 100};
+    ui::Slider sldInputLevel{this, "sldInputLevel", -1, 0, 100};
+    ui::Slider SLDPLAYVOLUME{this, "SLDPLAYVOLUME", -1, 0, 100};
+    ui::CheckBox CHKPLAYMUTE{this, "CHKPLAYMUTE"};
 
     // ---- song display ----
     ui::CommonDialog CMDialog1{this, "CMDialog1"};
+    ui::CommonDialog Cmdialog2{this, "Cmdialog2"};
     ui::Frame Frame4{this, "Frame4"};
     ui::Frame Frame8{this, "Frame8"};
     ui::Label lblS{this, "lblS"};
@@ -142,6 +181,34 @@ public:
     std::string rvText;  // written when reverb is asked for; nothing reads it
     std::string soundBankPath;
 
+    // ---- configuration (config.vlr) and process-wide settings ----
+    std::string configMark;
+    int32_t chosenInput = -1;
+    int32_t colorUnsung = 0x8080;
+    int32_t colorSung = 0xFF8080;
+    int32_t fontSize = 18;
+    std::string fontName = "tahoma";
+    std::string normalizePercent;
+    bool normalizeAfterSave = false;
+    bool meterEnabled = false;
+    bool soundBankOn = false;
+    int32_t meterDeviceId = 0;
+    int32_t recordRate = 44100;
+    int16_t recordChannels = 2;
+    uint8_t recordBits = 16;
+    int32_t mp3BitRate = 192000;
+    bool playStopFlag = false;
+    bool usingRippedTrack = false;
+    int effectCount = 0;
+    double calibrationFactor = 0;
+    int lineMute = 0;
+    int recordSource = 0;
+    int inputLevelStored = 20;  // the input level the mixer holds: the slider shows 100 less it
+    bool encoderProgressGuard = false;
+    bool CdWaveLoaded = false;  // the CD window extracted a track
+    bool ended = false;         // the program has ended (by exit, close box or a fatal start)
+    int endCode = 0;
+
     // Performance objects: handles into the platform's performance.
     platform::SegmentId dmSegment = 0;
     platform::SegmentId dmPatchSegment = 0;
@@ -211,20 +278,62 @@ public:
     void List3_Click();
     void Check2_Click();
 
+    // ---- main form lifecycle, configuration and modes ----
+    void Form_Load() override;
+    void Form_QueryUnload(int& cancel) override;
+    void BASSDLL();
+    void confload();
+    void confsave();
+    void SaveC_Click();
+    void abilita();
+    void dismenu();
+    void enamenu();
+    void dmenu();
+    void unloadOthers();
+    void Error_(const std::string& text);
+    void menuwave_Click();
+    void PlayAudio();
+    void MnuMp3_Click();
+    void mnew_Click();
+    void cdRipper_Click();
+    void dlsbank_Click();
+    void mnuExit_Click();
+    void NormMnu_Click();
+    void loadSbank_Click();
+    void MnuMeter_Click();
+    std::string configPath() const;
+    std::string tempPatchFile() const;
+
+    // ---- karaoke page and text export ----
+    void Timer1_Tick();
+    void writeStamp(int16_t line);
+    void Command4_Click();
+    void Command5_Click();
+    void Command6_Click();
+    void TimTps_Timer();
+    void SaveT_Click();
+    void SaveSyncro_Click();
+
     // ---- what later parts of the program fill in; until then they do nothing ----
-    std::function<void()> dismenu, enamenu, dmenu;  // top menus off / on
+    std::function<void()> meterStart, meterStop, Vmeter;  // the level meter
+    std::function<void()> chooseInput;                    // the mixer's recording input
+    std::function<void()> showTags;                       // the tag editor
+    std::function<void()> showCdRipper;                   // the CD window, modally
+    std::function<void()> showHelp, showAbout;
+    // The program ends: the front end closes down with this code.
+    std::function<void(int code)> endProgram;
     std::function<void()> STOPVALUE;                // recorder after a replay
     std::function<void()> openEffectPanels;         // compressor panel on the song's buffer
     std::function<void()> unloadEffectPanels;
-    std::function<void()> PlayAudio;                // the audio backing path
     std::function<std::string()> showPlaylist;      // pList modally; the chosen file or ""
     std::function<void()> recorderPlay;             // PLAYERMIDI's recorder side
-    std::function<void()> Timer1_Timer;             // the karaoke page tick
 
     int wordUpperBound() const { return static_cast<int>(wordTable.size()) - 1; }
     int lineUpperBound() const { return static_cast<int>(lineTable.size()) - 1; }
 
 private:
+    void end(int code);
+    void clearChannelRows();
     void scanChannel(int c);
     void call(const std::function<void()>& hook) {
         if (hook) hook();

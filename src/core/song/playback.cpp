@@ -84,7 +84,7 @@ void frmMain::Timer_Timer() {
         SaveT.setEnabled(true);
         recordStopFlag = true;
         deviceOpen = false;
-        R([&] { call(enamenu); });
+        R([&] { enamenu(); });
         dlsbank.setEnabled(true);
         Timer1.setEnabled(false);
         if (recordingActive) {

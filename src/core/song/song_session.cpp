@@ -152,7 +152,7 @@ void frmMain::pLmenu_Click() {
     setSongPath(chosen);
     const std::string ext = lcase(right(chosen, 3));
     if (ext == "mid" || ext == "kar") OpenFile();
-    else call(PlayAudio);
+    else PlayAudio();
 }
 
 void frmMain::OpenMusic() {
@@ -263,12 +263,12 @@ void frmMain::Cmd_Play_Click() {
         Cmd_Play.setEnabled(false);
         R([&] { call(unloadEffectPanels); });
         Meff.setEnabled(false);
-        R([&] { call(dismenu); });
+        R([&] { dismenu(); });
         cmdApply.setEnabled(false);
         R([&] { call(openEffectPanels); });
         Timer.setEnabled(true);
         cmdrec.setEnabled(false);
-        R([&] { call(dmenu); });
+        R([&] { dmenu(); });
         // 4.
         R([&] { ZeroVariables(); });
         if (keepSongModel) {
@@ -323,7 +323,7 @@ void frmMain::Cmd_Stop_Click() {
     // 2.
     songRunning = false;
     List3.setVisible(false);
-    R([&] { call(enamenu); });
+    R([&] { enamenu(); });
     dlsbank.setEnabled(true);
     Meff.setEnabled(true);
     // 3.
