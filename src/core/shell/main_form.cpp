@@ -102,6 +102,7 @@ void frmMain::Form_Load() {
     BASSDLL();
     if (ended) return;
     // 3, 4.
+    const int32_t foundInput = chosenInput;
     confload();
     ui::Font font = Picture3.font();
     if (configMark == "OK") {
@@ -113,6 +114,7 @@ void frmMain::Form_Load() {
     } else {
         // Not ours: the default column, whatever was read.
         configMark.clear();
+        chosenInput = foundInput;
         colorUnsung = 0x8080;
         colorSung = 0xFF8080;
         fontSize = 18;

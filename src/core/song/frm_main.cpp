@@ -14,7 +14,7 @@ frmMain::frmMain(ui::Runtime& rt, platform::Platform& p)
     pLmenu.setCaption("&Playlist");
     mnew.setCaption("&DigitalRecorder");
     dlsbank.setCaption("&Load Sound Bank");
-    static const std::pair<ui::Menu*, const char*> kMenus[] = {
+    const std::pair<ui::Menu*, const char*> kMenus[] = {
         {&cdRipper, "&FromCdAudio"}, {&menuwave, "&Open Wave Mp3 File"}, {&SaveT, "&SaveText"},
         {&SaveSyncro, "&SaveSync"}, {&MnuMp3, "&Mp3 Audio Karaoke Editor"}, {&mnuExit, "E&xit"},
         {&inputRec, "&InputRecording"}, {&inputmenu, "RecDrive"}, {&MnuNorm, "&Normalize"},
