@@ -18,8 +18,10 @@ const char* kUsage =
     "  render SONG -o OUT.wav [--bank FILE] [--tempo V] [--transpose N] [--volume V] [--rate HZ]\n"
     "                       play the song as the window does, offline, into a 16-bit stereo wave\n"
     "                       (tempo 0-127, 64 normal; transpose -10..10; volume 50-100, 75 normal)\n"
-    "  play SONG [--bank FILE] [--tempo V] [--transpose N] [--volume V]\n"
-    "                       play the song through the sound card, showing each word as it comes\n"
+    "  play SONG [--out FILE.wav] [--sync FILE] [--bank FILE] [--tempo V] [--transpose N] [--volume V]\n"
+    "                       play the song with its lyric page in the terminal; at the end the\n"
+    "                       sync text; --out records what was played, --sync saves the sync text.\n"
+    "                       Without a sound card (or with --no-device) it runs on the virtual clock\n"
     "  help                 this text\n";
 
 }  // namespace

@@ -18,6 +18,13 @@
 #include "engine/engine_platform.h"
 #include "engine/wav_file.h"
 #include "song_options.h"
+#include "terminal_canvas.h"
+#include "engine/audio_tap.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <thread>
 
 namespace velaro::cli {
 
@@ -61,6 +68,13 @@ void applySliders(song::frmMain& f, const SongOptions& o) {
 }
 
 bool songEnded(const song::frmMain& f) { return f.recordStopFlag; }
+
+int terminalColumns() {
+    winsize ws{};
+    if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &ws) == 0 && ws.ws_col > 0) return ws.ws_col;
+    if (const char* c = std::getenv("COLUMNS")) return std::max(20, std::atoi(c));
+    return 80;
+}
 
 }  // namespace
 
@@ -113,52 +127,94 @@ int runPlay(const std::vector<std::string>& args) {
     std::string error;
     if (!parseSongOptions(args, false, o, error)) {
         std::cerr << "velaro play: " << error
-                  << "\nusage: velaro play SONG [--bank FILE] [--tempo V] [--transpose N] [--volume V]\n";
+                  << "\nusage: velaro play SONG [--out FILE.wav] [--sync FILE] [--bank FILE] [--tempo V] "
+                     "[--transpose N] [--volume V] [--no-device]\n";
         return 2;
     }
-    ui::RealtimeLoop loop;
-    ui::ScriptedDialogs dialogs;
-    ui::Runtime rt(loop, dialogs);
     engine::EnginePlatform ep(o.rate);
+    // With a sound card the wall clock drives everything; without one the
+    // virtual clock is moved along with the wall clock and the audio is
+    // rendered offline, so the page runs in real time all the same.
+    const bool device = !o.noDevice && ep.audio().startDevice(error);
+    if (!device && !o.noDevice) std::cerr << "velaro play: no sound device; the song runs on the virtual clock\n";
+    ui::RealtimeLoop realtime;
+    ui::VirtualLoop virtualClock;
+    ui::ScriptedDialogs dialogs;
+    ui::Runtime rt(device ? static_cast<ui::EventLoop&>(realtime) : virtualClock, dialogs);
     song::frmMain f(rt, ep.get());
     if (!openSong(f, ep, o, error)) {
         std::cerr << "velaro play: " << error << '\n';
         return 1;
     }
-    if (!ep.audio().startDevice(error)) {
-        std::cerr << "velaro play: no sound device" << (error == "no sound device" ? "" : " (" + error + ")") << '\n';
-        return 3;
+
+    std::unique_ptr<engine::AudioTap> tap;
+    std::unique_ptr<engine::WavWriter> wav;
+    try {
+        if (!o.out.empty() && device) {
+            tap = std::make_unique<engine::AudioTap>(o.out, o.rate);
+            ep.audio().setTap(tap.get());
+        } else if (!o.out.empty()) {
+            wav = std::make_unique<engine::WavWriter>(o.out, o.rate);
+            ep.audio().setSink([&](const float* frames, int n) { wav->write(frames, n); });
+        }
+    } catch (const std::exception& e) {
+        std::cerr << "velaro play: " << e.what() << '\n';
+        return 1;
     }
+    if (!device) virtualClock.attachAudio([&](int64_t frames) { ep.audio().render(frames); }, o.rate);
+
+    const bool tty = isatty(fileno(stdout));
+    TerminalCanvas page(stdout, terminalColumns(), tty);
+    f.Picture3.attachCanvas(&page);
     std::signal(SIGINT, onSignal);
     std::signal(SIGTERM, onSignal);
 
+    if (tty) std::printf("\x1b[2J\x1b[H");
     f.Cmd_Play_Click();
     applySliders(f, o);
-    std::cout << "Playing " << o.song << " (" << trim(f.lblTime.caption()) << "), Ctrl-C stops\n" << std::flush;
+    std::printf("%s  %s  (%s)%s\n", tty ? "\x1b[1mVELARO DECK\x1b[0m" : "VELARO DECK", o.song.c_str(),
+                trim(f.lblTime.caption()).c_str(), tty ? "   Ctrl-C stops" : "");
+    std::fflush(stdout);
 
-    // Each word is shown when the song clock reaches it; a new line of the
-    // lyrics starts a new line here.
-    size_t next = 1;
-    int line = 0;
-    auto showWords = [&] {
-        const double seek = ep.performance().GetSeek(f.dmSegmentState);
-        const double songMs = f.tempoUs * (seek / 768000.0) - f.timeOffsetMs;
-        while (next < f.wordTable.size() && f.wordTable[next - 1].timeMs <= songMs) {
-            const auto& w = f.wordTable[next++];
-            if (w.lineIndex != line) {
-                std::cout << '\n';
-                line = w.lineIndex;
-            }
-            std::cout << cp1252ToUtf8(w.text) << std::flush;
+    auto done = [&] { return songEnded(f) || interrupted.load(); };
+    if (device) {
+        realtime.run(done);
+    } else {
+        const auto start = std::chrono::steady_clock::now();
+        while (!done()) {
+            const auto wall = std::chrono::duration_cast<std::chrono::milliseconds>(
+                                  std::chrono::steady_clock::now() - start).count();
+            if (wall > virtualClock.now()) virtualClock.advance(wall - virtualClock.now());
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
-    };
-    loop.run([&] {
-        showWords();
-        return songEnded(f) || interrupted.load();
-    });
+    }
     if (interrupted.load()) f.Cmd_Stop_Click();
-    std::cout << '\n' << (interrupted.load() ? "Stopped." : "End of song.") << '\n';
+    page.flush();
+    ep.audio().setTap(nullptr);
     ep.audio().stopDevice();
+    if (tap) tap->finish();
+    if (wav) wav->close();
+
+    if (tty) std::printf("\x1b[10;1H");
+    std::printf("%s\n\n", interrupted.load() ? "Stopped." : "End of song.");
+    // The sync text, as SaveSyncro would write it.
+    std::string sync = cp1252ToUtf8(f.Text2.text());
+    for (size_t at = sync.find("\r\n"); at != std::string::npos; at = sync.find("\r\n", at)) sync.erase(at, 1);
+    std::fputs(sync.c_str(), stdout);
+    std::fflush(stdout);
+    if (!o.out.empty()) {
+        const int64_t frames = tap ? tap->framesWritten() : wav->framesWritten();
+        std::cerr << "velaro play: recorded " << vbFormat(double(frames) / o.rate, "0.00") << " s to " << o.out << '\n';
+    }
+    if (!o.sync.empty()) {
+        try {
+            writeWholeFile(o.sync, f.Text2.text() + "\r\n");
+            std::cerr << "velaro play: sync text saved to " << o.sync << '\n';
+        } catch (const std::exception& e) {
+            std::cerr << "velaro play: " << e.what() << '\n';
+            return 1;
+        }
+    }
     return 0;
 }
 

@@ -1,6 +1,7 @@
 #include "song_options.h"
 
 #include <charconv>
+#include <filesystem>
 
 namespace velaro::cli {
 
@@ -35,6 +36,10 @@ bool parseSongOptions(const std::vector<std::string>& args, bool wantOut, SongOp
         };
         if (a == "-o" || a == "--out") {
             if (!value(o.out)) return false;
+        } else if (a == "--sync") {
+            if (!value(o.sync)) return false;
+        } else if (a == "--no-device") {
+            o.noDevice = true;
         } else if (a == "--bank") {
             if (!value(o.bank)) return false;
         } else if (a == "--tempo") {
@@ -56,6 +61,12 @@ bool parseSongOptions(const std::vector<std::string>& args, bool wantOut, SongOp
             error = "one song only";
             return false;
         }
+    }
+    // The window's start moves into the application folder: names given
+    // here are taken from where the command was typed.
+    for (std::string* path : {&o.song, &o.out, &o.bank, &o.sync}) {
+        std::error_code ec;
+        if (!path->empty()) *path = std::filesystem::absolute(*path, ec).string();
     }
     if (o.song.empty()) error = "no song given";
     else if (wantOut && o.out.empty()) error = "no output file given (-o OUT.wav)";

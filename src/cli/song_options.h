@@ -15,6 +15,8 @@ struct SongOptions {
     std::optional<int> transpose;  // vscroll1, -10..10
     std::optional<int> volume;     // Slider1, 50-100
     int rate = 44100;
+    std::string sync;        // play: where to write the sync text
+    bool noDevice = false;   // play: stay off the sound card
 };
 
 // Parses args into opts; on a usage error returns false with the reason.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "audio_tap.h"
 #include "output_device.h"
 
 namespace velaro::engine {
@@ -36,6 +37,7 @@ void AudioEngine::process(float* out, int frames) noexcept {
         }
         done += n;
     }
+    if (AudioTap* tap = tap_.load(std::memory_order_acquire)) tap->push(out, frames);
     framesPlayed_.fetch_add(frames, std::memory_order_release);
 }
 

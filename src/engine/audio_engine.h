@@ -13,6 +13,7 @@
 namespace velaro::engine {
 
 class OutputDevice;
+class AudioTap;
 
 // Something that sounds: adds its frames into the left and right buffers.
 class AudioSource {
@@ -49,6 +50,9 @@ public:
     void setSink(Sink sink) { sink_ = std::move(sink); }
     void render(int64_t frames);
 
+    // A copy of everything played goes to the tap (nullptr: none). Thread: logic.
+    void setTap(AudioTap* tap) { tap_.store(tap, std::memory_order_release); }
+
     // The sound device. Thread: logic. False (with a reason) when none can be opened.
     bool startDevice(std::string& error, int bufferFrames = 256);
     void stopDevice();
@@ -62,6 +66,7 @@ private:
     std::atomic<int> sourceCount_{0};
     std::atomic<float> masterGain_{1.0f};
     std::atomic<int64_t> framesPlayed_{0};
+    std::atomic<AudioTap*> tap_{nullptr};
     std::vector<float> left_, right_, offline_;
     Sink sink_;
     std::unique_ptr<OutputDevice> device_;
