@@ -15,6 +15,7 @@ frmMain::frmMain(ui::Runtime& rt, platform::Platform& p)
     mnew.setCaption("&DigitalRecorder");
     dlsbank.setCaption("&Load Sound Bank");
     const std::pair<ui::Menu*, const char*> kMenus[] = {
+        {&MnuFile, "&File"}, {&mnutil, "&Utility"}, {&cvmenu, "&Settings"}, {&Meff, "&Effects"},
         {&cdRipper, "&FromCdAudio"}, {&menuwave, "&Open Wave Mp3 File"}, {&SaveT, "&SaveText"},
         {&SaveSyncro, "&SaveSync"}, {&MnuMp3, "&Mp3 Audio Karaoke Editor"}, {&mnuExit, "E&xit"},
         {&inputRec, "&InputRecording"}, {&inputmenu, "RecDrive"}, {&MnuNorm, "&Normalize"},

@@ -1,0 +1,122 @@
+// velaro-deck: the desktop program.
+//
+// usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]]]
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QImage>
+#include <QTimer>
+
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "engine/engine_platform.h"
+#include "gui/main_window.h"
+#include "gui/qt_dialogs.h"
+#include "gui/qt_loop.h"
+
+using namespace velaro;
+
+namespace {
+
+struct Options {
+    std::string screenshot;
+    std::string open;
+    int playMs = -1;
+};
+
+bool parse(int argc, char** argv, Options& o) {
+    for (int i = 1; i < argc; ++i) {
+        const std::string a = argv[i];
+        auto next = [&](std::string& v) {
+            if (i + 1 >= argc) return false;
+            v = argv[++i];
+            return true;
+        };
+        std::string v;
+        if (a == "--screenshot" && next(o.screenshot)) continue;
+        if (a == "--open" && next(v)) {
+            std::error_code ec;
+            o.open = std::filesystem::absolute(v, ec).string();
+            continue;
+        }
+        if (a == "--play-ms" && next(v)) {
+            o.playMs = std::atoi(v.c_str());
+            if (o.playMs >= 0) continue;
+        }
+        if (a == "--help" || a == "-h") return false;
+        std::fprintf(stderr, "velaro-deck: unknown or incomplete option %s\n", a.c_str());
+        return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    Options o;
+    if (!parse(argc, argv, o)) {
+        std::fprintf(stderr, "usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]]]\n");
+        return 2;
+    }
+    // A screenshot needs no screen.
+    if (!o.screenshot.empty() && !std::getenv("QT_QPA_PLATFORM")) setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    QApplication app(argc, argv);
+    QApplication::setApplicationName("VELARO DECK");
+    QApplication::setDesktopFileName("velaro-deck");
+
+    gui::QtLoop loop;
+    gui::QtDialogs dialogs;
+    ui::Runtime rt(loop, dialogs);
+    engine::EnginePlatform ep(44100);
+    song::frmMain form(rt, ep.get());
+    gui::MainWindow window(form);
+    dialogs.setParent(&window);
+
+    int exitCode = 0;
+    form.endProgram = [&](int code) {
+        exitCode = code;
+        QTimer::singleShot(0, &app, [code] { QApplication::exit(code); });
+    };
+
+    // With no sound card the song still runs: the engine is rendered in time
+    // with the clock and its sound goes nowhere.
+    std::string error;
+    QTimer silentDevice;
+    QElapsedTimer silentClock;
+    int64_t silentFrames = 0;
+    if (!ep.audio().startDevice(error)) {
+        std::fprintf(stderr, "velaro-deck: no sound device; playing silently\n");
+        silentClock.start();
+        QObject::connect(&silentDevice, &QTimer::timeout, &app, [&] {
+            const int64_t due = silentClock.elapsed() * ep.audio().sampleRate() / 1000;
+            if (due > silentFrames) ep.audio().render(due - silentFrames);
+            silentFrames = due;
+        });
+        silentDevice.start(10);
+    }
+
+    form.load();
+    if (form.ended) return exitCode;
+    window.setWindowTitle(QString::fromStdString(form.caption).trimmed());
+    window.show();
+
+    if (!o.open.empty()) {
+        form.setSongPath(o.open);
+        form.OpenFile();
+        if (o.playMs >= 0) form.Cmd_Play_Click();
+    }
+    if (!o.screenshot.empty()) {
+        const int wait = o.playMs >= 0 ? o.playMs : 300;
+        QTimer::singleShot(wait, &app, [&] {
+            const bool saved = window.grab().save(QString::fromStdString(o.screenshot));
+            if (!saved) std::fprintf(stderr, "velaro-deck: cannot write %s\n", o.screenshot.c_str());
+            QApplication::exit(saved ? 0 : 1);
+        });
+    }
+    const int code = app.exec();
+    ep.audio().stopDevice();
+    return form.ended ? exitCode : code;
+}
