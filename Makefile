@@ -3,7 +3,7 @@ BUILD ?= build
 SAN_BUILD ?= build-san
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps build demo check check-san bench clean
+.PHONY: all deps build demo gui check check-san bench clean
 
 all: build
 
@@ -22,6 +22,10 @@ build: deps $(BUILD)/build.ninja
 demo: build
 	@mkdir -p demo-out
 	$(BUILD)/bin/velaro play $(BUILD)/demo/demo.kar --out demo-out/demo.wav --sync demo-out/demo.lrc
+
+# The desktop program.
+gui: build
+	$(BUILD)/bin/velaro-deck
 
 check: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
