@@ -2,6 +2,8 @@
 
 namespace velaro::engine {
 
-uint32_t engineVersion() { return (2u << 16) | 1u; }
+// 2.1, packed as the stream library packed its version: major in the low
+// word, minor in the high word.
+uint32_t engineVersion() { return (1u << 16) | 2u; }
 
 }  // namespace velaro::engine

@@ -5,7 +5,7 @@
 
 namespace velaro::engine {
 
-// High word major, low word minor, as the audio library's version was given.
+// Major in the low word, minor in the high word, as the stream library packed it.
 uint32_t engineVersion();
 
 }  // namespace velaro::engine

@@ -6,6 +6,7 @@ EnginePlatform::EnginePlatform(int sampleRate) : audio_(sampleRate), performance
     platform::Platform& p = inert_.get();
     p.performance = &performance_;
     p.processes = &processes_;
+    p.streams = &streams_;
 }
 
 }  // namespace velaro::engine

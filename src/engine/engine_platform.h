@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "audio_engine.h"
+#include "engine_streams.h"
 #include "core/platform/inert.h"
 #include "performance_engine.h"
 #include "posix_process.h"
@@ -23,6 +24,7 @@ private:
     AudioEngine audio_;
     PerformanceEngine performance_;
     PosixProcess processes_;
+    EngineStreams streams_;
     platform::InertPlatform inert_;
 };
 
