@@ -9,5 +9,8 @@ namespace velaro::cli {
 int runInfo(const std::vector<std::string>& args);
 int runRender(const std::vector<std::string>& args);
 int runPlay(const std::vector<std::string>& args);
+int runMp3Info(const std::vector<std::string>& args);
+int runTag(const std::vector<std::string>& args);
+int runId3(const std::vector<std::string>& args);
 
 }  // namespace velaro::cli

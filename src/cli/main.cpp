@@ -22,6 +22,13 @@ const char* kUsage =
     "                       play the song with its lyric page in the terminal; at the end the\n"
     "                       sync text; --out records what was played, --sync saves the sync text.\n"
     "                       Without a sound card (or with --no-device) it runs on the virtual clock\n"
+    "  mp3info FILE [--json] what an MP3 file holds: MPEG facts, ID3v1 fields, Lyrics3 lyrics\n"
+    "  tag FILE [--title T] [--artist A] [--album B] [--year Y] [--comment C] [--genre-pos N]\n"
+    "      [--lyrics-file F | --no-lyrics]\n"
+    "                       write the ID3v1 record and the Lyrics3 block as the tag editor saves\n"
+    "  id3 FILE [--title T] [--artist A] [--album B] [--year Y] [--comment C]\n"
+    "                       without options: the playlist's reading of the tag (JSON);\n"
+    "                       with options: save as the small ID3 editor does (genre becomes 0)\n"
     "  help                 this text\n";
 
 }  // namespace
@@ -42,6 +49,9 @@ int main(int argc, char** argv) {
         if (cmd == "info") return velaro::cli::runInfo(args);
         if (cmd == "render") return velaro::cli::runRender(args);
         if (cmd == "play") return velaro::cli::runPlay(args);
+        if (cmd == "mp3info") return velaro::cli::runMp3Info(args);
+        if (cmd == "tag") return velaro::cli::runTag(args);
+        if (cmd == "id3") return velaro::cli::runId3(args);
     } catch (const std::exception& e) {
         std::cerr << "velaro " << cmd << ": " << e.what() << '\n';
         return 1;
