@@ -87,7 +87,11 @@ bool parseTagOptions(const std::vector<std::string>& args, bool forTag, bool for
 std::string cannotWrite(const std::string& path, int64_t needsAtLeast) {
     std::error_code ec;
     if (!std::filesystem::is_regular_file(path, ec)) return "no such file";
-    if (access(path.c_str(), W_OK) != 0) return "the file is read-only";
+    // No write permission for anyone is read-only, for root too.
+    const auto perms = std::filesystem::status(path, ec).permissions();
+    using P = std::filesystem::perms;
+    if (access(path.c_str(), W_OK) != 0 || (perms & (P::owner_write | P::group_write | P::others_write)) == P::none)
+        return "the file is read-only";
     if (static_cast<int64_t>(std::filesystem::file_size(path, ec)) < needsAtLeast)
         return "the file is shorter than an ID3v1 tag";
     return {};
