@@ -40,6 +40,7 @@ check-san: deps
 bench: build
 	$(BUILD)/bench/bench_readfile
 	$(BUILD)/bench/bench_render
+	$(BUILD)/bench/bench_tags
 
 clean:
 	rm -rf $(BUILD) $(SAN_BUILD)
