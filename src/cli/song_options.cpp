@@ -1,5 +1,7 @@
 #include "song_options.h"
 
+#include "arg_value.h"
+
 #include <charconv>
 #include <filesystem>
 
@@ -15,14 +17,7 @@ bool number(const std::string& text, int lo, int hi, int& out) {
 bool parseSongOptions(const std::vector<std::string>& args, bool wantOut, SongOptions& o, std::string& error) {
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& a = args[i];
-        auto value = [&](std::string& v) {
-            if (i + 1 >= args.size()) {
-                error = a + " needs a value";
-                return false;
-            }
-            v = args[++i];
-            return true;
-        };
+        auto value = [&](std::string& v) { return takeValue(args, i, v, error); };
         auto ranged = [&](std::optional<int>& slot, int lo, int hi) {
             std::string v;
             int n = 0;

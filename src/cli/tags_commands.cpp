@@ -10,6 +10,7 @@
 #include <map>
 #include <optional>
 
+#include "arg_value.h"
 #include "commands.h"
 #include "core/base/cp1252.h"
 #include "core/base/paths.h"
@@ -39,14 +40,7 @@ bool parseTagOptions(const std::vector<std::string>& args, bool forTag, bool for
                      std::string& error) {
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& a = args[i];
-        auto value = [&](std::string& v) {
-            if (i + 1 >= args.size()) {
-                error = a + " needs a value";
-                return false;
-            }
-            v = args[++i];
-            return true;
-        };
+        auto value = [&](std::string& v) { return takeValue(args, i, v, error); };
         std::string v;
         if (forInfo && a == "--json") {
             o.json = true;

@@ -62,11 +62,15 @@ void frmMain::BASSDLL() {
     }
 }
 
+// The form's fields as the file's record, and back.
+static shell::ConfigVlr configOf(const frmMain& f) {
+    return {f.configMark,         f.chosenInput,  f.colorUnsung,     f.colorSung,   f.fontSize,     f.fontName,
+            f.normalizePercent,   f.normalizeAfterSave, f.meterEnabled, f.programChangeOn, f.soundBankOn,
+            f.meterDeviceId};
+}
+
 void frmMain::confload() {
-    shell::ConfigVlr c{configMark,      chosenInput,       colorUnsung,  colorSung,
-                       fontSize,        fontName,          normalizePercent,
-                       normalizeAfterSave, meterEnabled,   programChangeOn,
-                       soundBankOn,     meterDeviceId};
+    shell::ConfigVlr c = configOf(*this);
     R([&] { shell::readConfig(readWholeFile(configPath()), c); });
     configMark = c.configMark;
     chosenInput = c.chosenInput;
@@ -82,13 +86,7 @@ void frmMain::confload() {
     meterDeviceId = c.meterDeviceId;
 }
 
-void frmMain::confsave() {
-    const shell::ConfigVlr c{configMark,   chosenInput,        colorUnsung,  colorSung,
-                             fontSize,     fontName,           normalizePercent,
-                             normalizeAfterSave, meterEnabled, programChangeOn,
-                             soundBankOn,  meterDeviceId};
-    writeWholeFile(configPath(), shell::writeConfig(c));
-}
+void frmMain::confsave() { writeWholeFile(configPath(), shell::writeConfig(configOf(*this))); }
 
 void frmMain::SaveC_Click() {
     R([&] { confsave(); });

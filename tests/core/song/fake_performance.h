@@ -7,6 +7,7 @@
 
 #include "core/base/paths.h"
 #include "core/base/vb_error.h"
+#include "core/platform/inert.h"
 #include "core/platform/performance.h"
 
 namespace velaro::testing {
@@ -72,6 +73,17 @@ public:
 
 private:
     int ids_ = 0;
+};
+
+// Inert services with the recording performance in place.
+struct FakePlatform {
+    platform::InertPlatform inert;
+    FakePerformance perf;
+    platform::Platform p = [this] {
+        platform::Platform q = inert.get();
+        q.performance = &perf;
+        return q;
+    }();
 };
 
 }  // namespace velaro::testing

@@ -20,14 +20,9 @@ namespace {
 
 struct Page : ::testing::Test {
     ui::Headless ui;
-    platform::InertPlatform inert;
-    FakePerformance perf;
-    platform::Platform p = [this] {
-        platform::Platform q = inert.get();
-        q.performance = &perf;
-        return q;
-    }();
-    song::frmMain f{ui.rt, p};
+    FakePlatform fake;
+    FakePerformance& perf = fake.perf;
+    song::frmMain f{ui.rt, fake.p};
     ui::RecordingCanvas canvas{10, 20, 600, 300};
 
     void SetUp() override {

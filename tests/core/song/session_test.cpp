@@ -30,14 +30,9 @@ std::string twoChannelSong() {
 
 struct Session : ::testing::Test {
     ui::Headless ui;
-    platform::InertPlatform inert;
-    FakePerformance perf;
-    platform::Platform p = [this] {
-        platform::Platform q = inert.get();
-        q.performance = &perf;
-        return q;
-    }();
-    song::frmMain f{ui.rt, p};
+    FakePlatform fake;
+    FakePerformance& perf = fake.perf;
+    song::frmMain f{ui.rt, fake.p};
     std::string song = writeTemp("session.kar", twoChannelSong());
 
     void SetUp() override { f.load(); }
