@@ -4,6 +4,8 @@
 #include <QPainter>
 #include <QResizeEvent>
 
+#include <algorithm>
+
 #include "core/base/cp1252.h"
 
 namespace velaro::gui {
@@ -26,7 +28,10 @@ PageWidget::PageWidget(QWidget* parent) : QWidget(parent) {
 QFont PageWidget::qfont() const {
     const ui::Font& page = ui::Canvas::font;
     QFont f(QString::fromStdString(page.name));
-    f.setPointSizeF(page.size > 0 ? page.size : 18);
+    // The configured size is for a page about 320 pixels high; a bigger
+    // page gets bigger words, so they read from across a room.
+    const double zoom = std::clamp(height() / 320.0, 1.0, 3.0);
+    f.setPointSizeF((page.size > 0 ? page.size : 18) * zoom);
     f.setBold(page.bold);
     f.setItalic(page.italic);
     f.setUnderline(page.underline);
