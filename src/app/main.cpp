@@ -16,6 +16,7 @@
 #include "gui/main_window.h"
 #include "gui/qt_dialogs.h"
 #include "gui/qt_loop.h"
+#include "gui/silent_device.h"
 
 using namespace velaro;
 
@@ -81,21 +82,12 @@ int main(int argc, char** argv) {
         QTimer::singleShot(0, &app, [code] { QApplication::exit(code); });
     };
 
-    // With no sound card the song still runs: the engine is rendered in time
-    // with the clock and its sound goes nowhere.
+    // With no sound card the song still runs, silently.
     std::string error;
-    QTimer silentDevice;
-    QElapsedTimer silentClock;
-    int64_t silentFrames = 0;
+    std::unique_ptr<gui::SilentDevice> silent;
     if (!ep.audio().startDevice(error)) {
         std::fprintf(stderr, "velaro-deck: no sound device; playing silently\n");
-        silentClock.start();
-        QObject::connect(&silentDevice, &QTimer::timeout, &app, [&] {
-            const int64_t due = silentClock.elapsed() * ep.audio().sampleRate() / 1000;
-            if (due > silentFrames) ep.audio().render(due - silentFrames);
-            silentFrames = due;
-        });
-        silentDevice.start(10);
+        silent = std::make_unique<gui::SilentDevice>(ep.audio());
     }
 
     form.load();

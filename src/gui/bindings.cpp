@@ -63,19 +63,11 @@ void bindOption(ui::OptionButton& c, QAbstractButton* w) {
     });
 }
 
-void bindSlider(ui::Slider& c, QAbstractSlider* w) {
-    auto sync = [&c, w] {
-        QSignalBlocker block(w);
-        common(c, w);
-        w->setRange(std::min(c.min(), c.max()), std::max(c.min(), c.max()));
-        w->setValue(c.value());
-    };
-    sync();
-    c.addObserver([sync](ui::Control&) { sync(); });
-    QObject::connect(w, &QAbstractSlider::valueChanged, w, [&c](int v) { c.setValue(v); });
-}
+namespace {
 
-void bindScroll(ui::ScrollBar& c, QAbstractSlider* w) {
+// Sliders and scroll bars alike; a value the control refuses is dropped.
+template <class C>
+void bindRange(C& c, QAbstractSlider* w) {
     auto sync = [&c, w] {
         QSignalBlocker block(w);
         common(c, w);
@@ -91,6 +83,11 @@ void bindScroll(ui::ScrollBar& c, QAbstractSlider* w) {
         }
     });
 }
+
+}  // namespace
+
+void bindSlider(ui::Slider& c, QAbstractSlider* w) { bindRange(c, w); }
+void bindScroll(ui::ScrollBar& c, QAbstractSlider* w) { bindRange(c, w); }
 
 void bindLabel(ui::Control& c, QLabel* w) {
     auto sync = [&c, w] {

@@ -12,10 +12,6 @@ namespace velaro::song {
 
 namespace {
 
-template <typename Fn>
-void R(Fn&& fn) {
-    resumeNext(std::forward<Fn>(fn));
-}
 
 constexpr int kInputOff = 0x10000;
 constexpr int kFileMustExist = 0x1000;
@@ -56,7 +52,7 @@ void frmMain::BASSDLL() {
     for (size_t i = 0; i < inputs.size(); ++i) {
         cmbInput.addItem(inputs[i]);
         if (bass.RecordInputEnabled(static_cast<int>(i))) {
-            R([&] { cmbInput.setListIndex(static_cast<int>(i)); });
+            resumeNext([&] { cmbInput.setListIndex(static_cast<int>(i)); });
             chosenInput = static_cast<int32_t>(i);
         }
     }
@@ -71,7 +67,7 @@ static shell::ConfigVlr configOf(const frmMain& f) {
 
 void frmMain::confload() {
     shell::ConfigVlr c = configOf(*this);
-    R([&] { shell::readConfig(readWholeFile(configPath()), c); });
+    resumeNext([&] { shell::readConfig(readWholeFile(configPath()), c); });
     configMark = c.configMark;
     chosenInput = c.chosenInput;
     colorUnsung = c.colorUnsung;
@@ -89,7 +85,7 @@ void frmMain::confload() {
 void frmMain::confsave() { writeWholeFile(configPath(), shell::writeConfig(configOf(*this))); }
 
 void frmMain::SaveC_Click() {
-    R([&] { confsave(); });
+    resumeNext([&] { confsave(); });
     rt.dialogs.msgBox("Done!", ui::vbQuestion, "VELARO DECK");
 }
 
@@ -104,8 +100,8 @@ void frmMain::Form_Load() {
     confload();
     ui::Font font = Picture3.font();
     if (configMark == "OK") {
-        R([&] { Check2.setValue(programChangeOn ? 1 : 0); });
-        R([&] { call(chooseInput); });
+        resumeNext([&] { Check2.setValue(programChangeOn ? 1 : 0); });
+        resumeNext([&] { call(chooseInput); });
         font.size = fontSize;
         if (fontName != " ") font.name = fontName;
         NormMnu.setChecked(normalizeAfterSave);
@@ -134,7 +130,7 @@ void frmMain::Form_Load() {
         soundBankPath = RPP(applicationFolder()) + "sound01.dls";
     }
     // 6.
-    R([&] { call(Vmeter); });
+    resumeNext([&] { call(Vmeter); });
     // 7. The compressor is in the effect chain from the first moment.
     Mecompr.setChecked(true);
     ++effectCount;
@@ -143,14 +139,14 @@ void frmMain::Form_Load() {
     caption = kWindowTitle;
     // 9.
     Meff.setEnabled(false);
-    R([&] { Initialize(); });
-    R([&] { ZeroVariables(); });
+    resumeNext([&] { Initialize(); });
+    resumeNext([&] { ZeroVariables(); });
     LoadPatches();
-    R([&] { Check3.setValue(1); });
+    resumeNext([&] { Check3.setValue(1); });
     deviceOpen = false;
     // 10.
     for (int i = 0; i < 16; ++i) {
-        R([&] { Check1(i).setValue(0); });
+        resumeNext([&] { Check1(i).setValue(0); });
         Slider2(i).setEnabled(false);
         Check1(i).setVisible(false);
         Option1(i).setVisible(false);
@@ -244,7 +240,7 @@ void frmMain::abilita() {
     Cmd_Play.setEnabled(false);
     Cmd_Stop.setEnabled(false);
     recordStopFlag = false;
-    R([&] { deleteFile(RPP(applicationFolder()) + "newwave.wav"); });
+    resumeNext([&] { deleteFile(RPP(applicationFolder()) + "newwave.wav"); });
     cmdrec.setEnabled(true);
 }
 
@@ -256,9 +252,9 @@ void frmMain::Error_(const std::string& text) {
 
 void frmMain::clearChannelRows() {
     for (int c = 0; c < 16; ++c) {
-        R([&] { Check1(c).setValue(0); });
+        resumeNext([&] { Check1(c).setValue(0); });
         Check1(c).setEnabled(false);
-        R([&] { Slider2(c).setValue(0); });
+        resumeNext([&] { Slider2(c).setValue(0); });
         Slider2(c).setEnabled(false);
         Option1(c).setEnabled(false);
         Label3(c).setCaption("");
@@ -278,7 +274,7 @@ void frmMain::menuwave_Click() {
     clearChannelRows();
     CMDialog1.FileName.clear();
     Frame8.setCaption("     Audio          Player     ");
-    R([&] { Picture3.canvas().cls(); });
+    resumeNext([&] { Picture3.canvas().cls(); });
     unloadOthers();
 
     CMDialog1.DefaultExt = ".mpl";
@@ -308,7 +304,7 @@ void frmMain::PlayAudio() {
     noSongMode = false;
     clearChannelRows();
     Frame8.setCaption("  Audio Player   ");
-    R([&] { Picture3.canvas().cls(); });
+    resumeNext([&] { Picture3.canvas().cls(); });
     unloadOthers();
     cmdstw.setVisible(true);
     Cmdplw.setVisible(true);
@@ -335,7 +331,7 @@ void frmMain::MnuMp3_Click() {
     Frame4.setVisible(false);
     vseq.forEach([](ui::Slider& s) { s.setVisible(false); });
     for (ui::Label* l : {&Label5, &lblTime, &LabelSongLength, &lblM, &lblS}) l->setCaption("");
-    R([&] { Picture3.canvas().cls(); });
+    resumeNext([&] { Picture3.canvas().cls(); });
     call(showTags);
 }
 
@@ -361,8 +357,8 @@ void frmMain::mnew_Click() {
     Cmd_Play.setEnabled(false);
     Cmd_Stop.setEnabled(false);
     recordStopFlag = false;
-    R([&] { HScroll3.setValue(0); });
-    R([&] { deleteFile(RPP(applicationFolder()) + "newwave.wav"); });
+    resumeNext([&] { HScroll3.setValue(0); });
+    resumeNext([&] { deleteFile(RPP(applicationFolder()) + "newwave.wav"); });
     cmdrec.setEnabled(true);
 }
 
@@ -378,7 +374,7 @@ void frmMain::cdRipper_Click() {
     call(showCdRipper);
     // Opening the track file makes it when it is missing, as a binary open did.
     int64_t length = 0;
-    R([&] {
+    resumeNext([&] {
         const std::string track = RPP(applicationFolder()) + "TRACK.WAV";
         if (!fileExists(track)) writeWholeFile(track, "");
         length = fileLength(track);
@@ -405,8 +401,8 @@ void frmMain::dlsbank_Click() {
     }
     soundBankPath = CMDialog1.FileName;
     auto& perf = *platform.performance;
-    R([&] { dmCollection = perf.LoadCollection(soundBankPath); });
-    R([&] { perf.ConnectToCollection(dmSegment, dmCollection); });
+    resumeNext([&] { dmCollection = perf.LoadCollection(soundBankPath); });
+    resumeNext([&] { perf.ConnectToCollection(dmSegment, dmCollection); });
     soundBankOn = true;
     loadSbank.setEnabled(true);
     loadSbank.setChecked(true);
@@ -444,15 +440,15 @@ void frmMain::MnuMeter_Click() {
 
 void frmMain::mnuExit_Click() {
     if (rt.dialogs.msgBox("Exit ?", ui::vbYesNo | ui::vbInformation, "Velaro Deck") == ui::vbNo) return;
-    R([&] { confsave(); });
-    R([&] { platform.streams->Free(); });
+    resumeNext([&] { confsave(); });
+    resumeNext([&] { platform.streams->Free(); });
     Timer1.setEnabled(false);
     unloadOthers();
     auto& perf = *platform.performance;
-    R([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
-    R([&] { perf.CloseDown(); });
-    R([&] { deleteFile(tempPatchFile()); });
-    R([&] { call(meterStop); });
+    resumeNext([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
+    resumeNext([&] { perf.CloseDown(); });
+    resumeNext([&] { deleteFile(tempPatchFile()); });
+    resumeNext([&] { call(meterStop); });
     end(0);
 }
 
@@ -463,13 +459,13 @@ void frmMain::Form_QueryUnload(int&) {
     Timer1.setEnabled(false);
     auto& perf = *platform.performance;
     if (deviceOpen) {
-        R([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
-        R([&] { perf.CloseDown(); });
-        R([&] { rt.loop.doEvents(); });
+        resumeNext([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
+        resumeNext([&] { perf.CloseDown(); });
+        resumeNext([&] { rt.loop.doEvents(); });
     } else {
-        R([&] { deleteFile(tempPatchFile()); });
-        R([&] { perf.CloseDown(); });
-        R([&] { call(meterStop); });
+        resumeNext([&] { deleteFile(tempPatchFile()); });
+        resumeNext([&] { perf.CloseDown(); });
+        resumeNext([&] { call(meterStop); });
     }
     end(0);
 }

@@ -9,10 +9,6 @@ namespace velaro::song {
 
 namespace {
 
-template <typename Fn>
-void R(Fn&& fn) {
-    resumeNext(std::forward<Fn>(fn));
-}
 
 // General MIDI order, in the program's own spelling, and row 128 for drums.
 const char* const kInstruments[129] = {
@@ -67,40 +63,40 @@ void frmMain::SetChannels() {
     for (int c = 0; c < 16; ++c) {
         const ChannelRow& row = channelTable[c];
         if (row.channelNo != -1 && row.patchChanged)
-            R([&] { perf.SendPatchPMSG(0, 1, c, row.patch, 0, 0); });
+            resumeNext([&] { perf.SendPatchPMSG(0, 1, c, row.patch, 0, 0); });
     }
     rt.loop.sleep(kChannelWaitMs);
     for (int c = 0; c < 16; ++c) {
         const ChannelRow& row = channelTable[c];
         if (row.channelNo != -1 && row.volumeChanged)
-            R([&] { perf.SendMIDIPMSG(0, 1, c, 176, 7, Slider2(c).value()); });
+            resumeNext([&] { perf.SendMIDIPMSG(0, 1, c, 176, 7, Slider2(c).value()); });
     }
 }
 
 void frmMain::Slider2_Change(int c) {
     const int v = Slider2(c).value();
-    R([&] { descrizionestrumenti(channelTable[c].patch); });
+    resumeNext([&] { descrizionestrumenti(channelTable[c].patch); });
     if (channelTable[c].channelNo == 10) instrumentName = drumsWord;
-    R([&] { Label3(c).setCaption(instrumentName + " " + std::to_string(c + 1)); });
+    resumeNext([&] { Label3(c).setCaption(instrumentName + " " + std::to_string(c + 1)); });
     if (deviceOpen) {
-        R([&] { platform.performance->SendMIDIPMSG(0, 1, c, 176, 7, v); });
+        resumeNext([&] { platform.performance->SendMIDIPMSG(0, 1, c, 176, 7, v); });
         channelTable[c].volumeChanged = -1;
     }
-    R([&] { rt.loop.doEvents(); });
+    resumeNext([&] { rt.loop.doEvents(); });
 }
 
 void frmMain::Check1_Click(int c) {
     if (Check1(c).value() == 0) {
-        R([&] { Slider2(c).setValue(0); });
-        R([&] { Slider2(c).setEnabled(false); });
+        resumeNext([&] { Slider2(c).setValue(0); });
+        resumeNext([&] { Slider2(c).setEnabled(false); });
     } else {
-        R([&] { Slider2(c).setValue(channelTable[c].volume); });
-        R([&] { Slider2(c).setEnabled(true); });
+        resumeNext([&] { Slider2(c).setValue(channelTable[c].volume); });
+        resumeNext([&] { Slider2(c).setEnabled(true); });
     }
     // The reverse of the slider's test: with a song open the slider's own
     // change event has sent the message already.
     if (!deviceOpen) {
-        R([&] { platform.performance->SendMIDIPMSG(0, 1, c, 176, 7, Slider2(c).value()); });
+        resumeNext([&] { platform.performance->SendMIDIPMSG(0, 1, c, 176, 7, Slider2(c).value()); });
         channelTable[c].volumeChanged = -1;
     }
 }
@@ -113,7 +109,7 @@ void frmMain::Option1_Click(int c) {
     const std::string name = GetPatch(channelTable[c].patch);
     for (int i = 0; i < List3.listCount(); ++i) {
         if (List3.list(i) == name) {
-            R([&] { List3.setListIndex(i); });
+            resumeNext([&] { List3.setListIndex(i); });
             break;
         }
     }
@@ -123,17 +119,17 @@ void frmMain::List3_Click() {
     if (instrumentCursorChannel == 9) return;  // the drum channel keeps its kit
     const int ch = instrumentCursorChannel;
     const int program = List3.listIndex();
-    R([&] { platform.performance->SendPatchPMSG(0, 0, ch, program, 0, 0); });
-    R([&] { rt.loop.doEvents(); });
+    resumeNext([&] { platform.performance->SendPatchPMSG(0, 0, ch, program, 0, 0); });
+    resumeNext([&] { rt.loop.doEvents(); });
     channelTable[ch].patch = static_cast<int16_t>(program);
     channelTable[ch].patchChanged = -1;
     // The click that put the list on the channel counts as the first.
     ++listClickCount;
     if (listClickCount == 2) {
         listClickCount = 0;
-        R([&] { Option1(ch).setValue(false); });
-        R([&] { descrizionestrumenti(program); });
-        R([&] { Label3(ch).setCaption(instrumentName + " " + std::to_string(ch + 1)); });
+        resumeNext([&] { Option1(ch).setValue(false); });
+        resumeNext([&] { descrizionestrumenti(program); });
+        resumeNext([&] { Label3(ch).setCaption(instrumentName + " " + std::to_string(ch + 1)); });
         List3.setVisible(false);
     }
 }

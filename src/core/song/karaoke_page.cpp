@@ -11,10 +11,6 @@
 namespace velaro::song {
 
 namespace {
-template <typename Fn>
-void R(Fn&& fn) {
-    resumeNext(std::forward<Fn>(fn));
-}
 constexpr double kPageTop = 68;
 constexpr double kLineGap = 12;
 }  // namespace
@@ -46,28 +42,28 @@ void frmMain::Timer1_Tick() {
     // From here errors are ignored: lines past the end are simply not there.
     double x[5] = {x0, 0, 0, 0, 0};
     for (int k = 1; k <= 4; ++k)
-        R([&] { x[k] = page.scaleWidth() / 2 - page.textWidth(lineTable.at(static_cast<size_t>(L + k))) / 2; });
+        resumeNext([&] { x[k] = page.scaleWidth() / 2 - page.textWidth(lineTable.at(static_cast<size_t>(L + k))) / 2; });
     const std::string& line = lineTable[static_cast<size_t>(L)];
     const WordRec& word = wordTable[static_cast<size_t>(wordCursor)];
     Timer5.setEnabled(!trim(line).empty());
 
-    R([&] { page.cls(); });
+    resumeNext([&] { page.cls(); });
     page.currentY = kPageTop;
     page.currentX = x0;
     page.foreColor = static_cast<uint32_t>(colorSung);
-    R([&] { page.print(left(line, word.linePos), false); });
-    R([&] { page.print(word.text, false); });
+    resumeNext([&] { page.print(left(line, word.linePos), false); });
+    resumeNext([&] { page.print(word.text, false); });
     page.foreColor = static_cast<uint32_t>(colorUnsung);
-    R([&] {
+    resumeNext([&] {
         page.print(right(line, static_cast<int64_t>(line.size()) - (word.linePos + word.textLen)), true);
     });
     for (int k = 1; k <= 4; ++k) {
         page.currentY += kLineGap;
         page.currentX = x[k];
-        R([&] { page.print(lineTable.at(static_cast<size_t>(L + k)), true); });
+        resumeNext([&] { page.print(lineTable.at(static_cast<size_t>(L + k)), true); });
     }
     page.currentY += kLineGap;
-    R([&] { rt.loop.doEvents(); });
+    resumeNext([&] { rt.loop.doEvents(); });
 }
 
 void frmMain::writeStamp(int16_t line) {
@@ -138,8 +134,8 @@ void frmMain::Command6_Click() {
 void frmMain::TimTps_Timer() {
     if (!digitalRecorderMode && !audioFileMode) return;
     int32_t seconds = 0, minutes = 0;
-    R([&] { seconds = clng(std::stod("0" + lblS.caption())); });
-    R([&] { minutes = clng(std::stod("0" + lblM.caption())); });
+    resumeNext([&] { seconds = clng(std::stod("0" + lblS.caption())); });
+    resumeNext([&] { minutes = clng(std::stod("0" + lblM.caption())); });
     seconds += 1;
     if (seconds > 59) {
         minutes += 1;

@@ -8,10 +8,6 @@
 namespace velaro::song {
 
 namespace {
-template <typename Fn>
-void R(Fn&& fn) {
-    resumeNext(std::forward<Fn>(fn));
-}
 // The seek bar keeps a fixed margin of 50 at its end.
 constexpr double kBarMargin = 50;
 }  // namespace
@@ -23,11 +19,11 @@ void frmMain::Initialize() {
     auto& perf = *platform.performance;
     // The collection comes from the loader made by the call before, so the
     // very first call goes without one.
-    R([&] {
+    resumeNext([&] {
         if (!loaderCreated) throw VbError(VbErr::InvalidCall, "no loader yet");
         dmCollection = perf.LoadCollection(soundBankPath);
     });
-    R([&] {
+    resumeNext([&] {
         if (!loaderCreated) throw VbError(VbErr::InvalidCall, "no loader yet");
         perf.ConnectToCollection(dmSegment, dmCollection);
     });
@@ -38,21 +34,21 @@ void frmMain::Initialize() {
     params.features = 63;
     params.voices = 128;
     params.sampleRate = 48000;
-    R([&] { perf.InitAudio(63, params, Check3.value() == 1 ? 1 : 8, 128); });
+    resumeNext([&] { perf.InitAudio(63, params, Check3.value() == 1 ? 1 : 8, 128); });
     deviceOpen = true;
 }
 
 void frmMain::CloseDevice() {
     if (!deviceOpen) return;
     auto& perf = *platform.performance;
-    R([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
-    R([&] { perf.CloseDown(); });
-    R([&] { rt.loop.doEvents(); });
+    resumeNext([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
+    resumeNext([&] { perf.CloseDown(); });
+    resumeNext([&] { rt.loop.doEvents(); });
 }
 
 void frmMain::SeekEnd() {
     auto& perf = *platform.performance;
-    R([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
+    resumeNext([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
 }
 
 void frmMain::Timer_Timer() {
@@ -63,16 +59,16 @@ void frmMain::Timer_Timer() {
     auto& perf = *platform.performance;
     // 1.
     if (songState == 1) {
-        R([&] {
+        resumeNext([&] {
             const double len = perf.GetLength(dmSegment);
             const double seek = perf.GetSeek(dmSegmentState);
             percentPlayed = checked16(static_cast<int64_t>(vbInt(vbDivide(seek * 100, len))));
         });
-        R([&] { rt.loop.doEvents(); });
-        R([&] { UpdateBar(percentPlayed); });
+        resumeNext([&] { rt.loop.doEvents(); });
+        resumeNext([&] { UpdateBar(percentPlayed); });
     }
     // 2.
-    R([&] { HScroll3.setValue(percentPlayed); });
+    resumeNext([&] { HScroll3.setValue(percentPlayed); });
     // 3. The end of the song, unless Stop was pressed.
     if (percentPlayed == 100 && !stopRequested) {
         TimTps.setEnabled(false);
@@ -84,7 +80,7 @@ void frmMain::Timer_Timer() {
         SaveT.setEnabled(true);
         recordStopFlag = true;
         deviceOpen = false;
-        R([&] { enamenu(); });
+        resumeNext([&] { enamenu(); });
         dlsbank.setEnabled(true);
         Timer1.setEnabled(false);
         if (recordingActive) {
@@ -92,7 +88,7 @@ void frmMain::Timer_Timer() {
             cmdrec.setEnabled(false);
         }
         songState = 0;
-        R([&] { HScroll3.setValue(0); });
+        resumeNext([&] { HScroll3.setValue(0); });
         MnuOpenSong.setEnabled(true);
         mnew.setEnabled(true);
         rt.screenMousePointer = ui::kPointerDefault;
@@ -107,14 +103,14 @@ void frmMain::Timer_Timer() {
     }
     // 5. The clock in Label5, in real seconds at the song's tempo.
     if (songState != 0) {
-        R([&] {
+        resumeNext([&] {
             const double seek = perf.GetSeek(dmSegmentState);
             const double total = vbInt(vbDivide((seek / 768) * 60, playTempo));
             syncMinutes = clng(vbInt(total / 60));
             const double seconds = vbInt(total - syncMinutes * 60.0);
             Label5.setCaption(vbFormat(syncMinutes, "00") + ":" + vbFormat(seconds, "00"));
         });
-        R([&] {
+        resumeNext([&] {
             if (perf.GetSeek(dmSegmentState) >= perf.GetLength(dmSegment)) SeekEnd();
         });
     }
@@ -123,14 +119,14 @@ void frmMain::Timer_Timer() {
 void frmMain::Play() {
     if (recordingActive) return;
     mousePointer = ui::kPointerHourglass;
-    if (!deviceOpen) R([&] { OpenMusic(); });
+    if (!deviceOpen) resumeNext([&] { OpenMusic(); });
     prepareStart();
     songState = 1;
-    R([&] {
+    resumeNext([&] {
         auto& perf = *platform.performance;
         dmSegmentState = perf.PlaySegmentEx(dmSegment, 16384, 0, perf.GetDefaultAudioPath());
     });
-    R([&] { SetChannels(); });
+    resumeNext([&] { SetChannels(); });
     Timer1.setEnabled(true);
     mousePointer = ui::kPointerDefault;
 }
@@ -140,26 +136,26 @@ void frmMain::PLAYERMIDI() {
     auto& perf = *platform.performance;
     // 2.
     if (!(percentPlayed == 100 || songStoppedFlag)) {
-        R([&] { ZeroVariables(); });
+        resumeNext([&] { ZeroVariables(); });
         Timer1.setEnabled(false);
-        R([&] { OpenMusic(); });
+        resumeNext([&] { OpenMusic(); });
         deviceOpen = true;
         songStoppedFlag = false;
     }
     // 3.
-    R([&] { lengthFields(); });
+    resumeNext([&] { lengthFields(); });
     deviceOpen = true;
     // 4, 5.
     prepareStart();
     songState = 0;
-    R([&] { dmSegmentState = perf.PlaySegmentEx(dmSegment, 16384, 0, perf.GetDefaultAudioPath()); });
+    resumeNext([&] { dmSegmentState = perf.PlaySegmentEx(dmSegment, 16384, 0, perf.GetDefaultAudioPath()); });
     showLength();
     // 6.
-    R([&] { SetChannels(); });
+    resumeNext([&] { SetChannels(); });
     Timer2.setEnabled(true);
     Timer3.setEnabled(true);
     Timer1.setEnabled(true);
-    R([&] { call(recorderPlay); });
+    resumeNext([&] { call(recorderPlay); });
     // 7.
     if (keepSongModel) {
         keepSongModel = false;
@@ -180,13 +176,13 @@ void frmMain::UpdateBar(int) {
 void frmMain::Command9_MouseDown(int, int, double x, double) {
     if (!songRunning || recordingActive) return;
     auto& perf = *platform.performance;
-    R([&] { perf.SetStartPoint(dmSegment, resumeMusicTime); });
-    R([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
+    resumeNext([&] { perf.SetStartPoint(dmSegment, resumeMusicTime); });
+    resumeNext([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
     Cmd_Stop.setEnabled(true);
     thumbGrab_ = x;  // the views already give twips
-    R([&] { Picture3.canvas().cls(); });
+    resumeNext([&] { Picture3.canvas().cls(); });
     songState = 2;
-    R([&] { Picture1.canvas().cls(); });
+    resumeNext([&] { Picture1.canvas().cls(); });
     thumbDown_ = true;
 }
 
@@ -209,7 +205,7 @@ void frmMain::Command9_MouseUp(int, int, double, double) {
 
 void frmMain::SetMusicPosition() {
     if (!deviceOpen) return;
-    R([&] {
+    resumeNext([&] {
         const double percent =
             vbInt(vbDivide(Command9.left(), (Picture4.width() - Command9.width() - kBarMargin) / 100));
         resumeMusicTime = clng(percent * platform.performance->GetLength(dmSegment) / 100);
@@ -220,13 +216,13 @@ void frmMain::SetMusicPosition() {
 
 void frmMain::vslidertempo_Change() {
     const int v = vslidertempo.value();
-    R([&] {
+    resumeNext([&] {
         const double t = vbInt(30.0 / 127 * v);
         platform.performance->SetMasterTempo(static_cast<float>(t * 2 / 30));
     });
     // Written twice, as it always was.
     for (int twice = 0; twice < 2; ++twice)
-        R([&] { lblInfo(2).setCaption(std::to_string(static_cast<int>(vbInt((24.0 / 127 * v - 12) / 2)))); });
+        resumeNext([&] { lblInfo(2).setCaption(std::to_string(static_cast<int>(vbInt((24.0 / 127 * v - 12) / 2)))); });
 }
 
 void frmMain::vscroll1_Change() {
@@ -234,14 +230,14 @@ void frmMain::vscroll1_Change() {
     if (songState != 0) {
         for (int c = 0; c < 16; ++c) {
             if (c == 9) continue;  // the drum channel is never transposed
-            R([&] { platform.performance->SendTransposePMSG(0, 1, c, v); });
+            resumeNext([&] { platform.performance->SendTransposePMSG(0, 1, c, v); });
         }
     }
-    R([&] { lblInfo(0).setCaption(std::to_string(v)); });
+    resumeNext([&] { lblInfo(0).setCaption(std::to_string(v)); });
 }
 
 void frmMain::Slider1_Change() {
-    R([&] { platform.performance->SetMasterVolume((100 - Slider1.value()) * 42 - 3000); });
+    resumeNext([&] { platform.performance->SetMasterVolume((100 - Slider1.value()) * 42 - 3000); });
 }
 
 }  // namespace velaro::song

@@ -10,12 +10,6 @@
 
 namespace velaro::song {
 
-namespace {
-template <typename Fn>
-void R(Fn&& fn) {
-    resumeNext(std::forward<Fn>(fn));
-}
-}  // namespace
 
 void frmMain::MnuOpenSong_Click() { openCommon(true); }
 
@@ -37,8 +31,8 @@ void frmMain::openCommon(bool withDialog) {
     fullLyricText.clear();
     for (ui::Label* l : {&lblS, &lblM, &Label5, &lblTime}) l->setCaption("");
     tpsMinutes = 0;
-    R([&] { Text2.setText(""); });
-    R([&] { Picture3.canvas().cls(); });
+    resumeNext([&] { Text2.setText(""); });
+    resumeNext([&] { Picture3.canvas().cls(); });
     SaveSyncro.setEnabled(false);
     SaveT.setEnabled(false);
     Cmd_Play.setEnabled(false);
@@ -48,15 +42,15 @@ void frmMain::openCommon(bool withDialog) {
     cmdstw.setVisible(false);
 
     // 3. From here errors are ignored.
-    R([&] { deleteFile(convertedPath); });
+    resumeNext([&] { deleteFile(convertedPath); });
     // 4.
-    R([&] { Frame8.setCaption("    Midi Player   "); });
-    R([&] { lblInfo(0).setCaption("0"); });
+    resumeNext([&] { Frame8.setCaption("    Midi Player   "); });
+    resumeNext([&] { lblInfo(0).setCaption("0"); });
     // 5.
-    R([&] { platform.performance->CloseDown(); });
+    resumeNext([&] { platform.performance->CloseDown(); });
     perfReady = false;
-    R([&] { Initialize(); });
-    R([&] { ZeroVariables(); });
+    resumeNext([&] { Initialize(); });
+    resumeNext([&] { ZeroVariables(); });
     // 6.
     noSongMode = false;
     deviceOpen = false;
@@ -67,41 +61,41 @@ void frmMain::openCommon(bool withDialog) {
     songRunning = false;
     // 7.
     if (withDialog) {
-        R([&] { songDialog(); });
+        resumeNext([&] { songDialog(); });
     } else {
-        R([&] { dialogSuccessState(); });
+        resumeNext([&] { dialogSuccessState(); });
     }
     // 8.
-    R([&] { Check2.setEnabled(true); });
-    R([&] { LabelSongLength.setCaption(songPath()); });
+    resumeNext([&] { Check2.setEnabled(true); });
+    resumeNext([&] { LabelSongLength.setCaption(songPath()); });
     for (int c = 0; c < 16; ++c) {
-        R([&] { Slider2(c).setEnabled(false); });
-        R([&] { Slider2(c).setValue(0); });
-        R([&] { Check1(c).setEnabled(false); });
+        resumeNext([&] { Slider2(c).setEnabled(false); });
+        resumeNext([&] { Slider2(c).setValue(0); });
+        resumeNext([&] { Check1(c).setEnabled(false); });
     }
     // 9. How the file keeps its lyrics.
     if (!songPath().empty()) {
-        R([&] { SOLTON(); });
+        resumeNext([&] { SOLTON(); });
         const std::string ext = right(songPath(), 3);
         if ((ext == "mid" || ext == "MID") && !skipConversion) {
-            R([&] { senzatesto(); });
+            resumeNext([&] { senzatesto(); });
             if (lyricRich) {
-                R([&] { midkar(); });
-                R([&] {
+                resumeNext([&] { midkar(); });
+                resumeNext([&] {
                     if (fileLength(convertedPath) > 0) setSongPath(convertedPath);
                 });
             } else {
-                R([&] { dmSegment = platform.performance->LoadSegment(songPath()); });
+                resumeNext([&] { dmSegment = platform.performance->LoadSegment(songPath()); });
                 return;
             }
         }
     }
     // 10.
-    R([&] { dmSegment = platform.performance->LoadSegment(songPath()); });
+    resumeNext([&] { dmSegment = platform.performance->LoadSegment(songPath()); });
 }
 
 void frmMain::dialogSuccessState() {
-    R([&] { HScroll3.setValue(0); });
+    resumeNext([&] { HScroll3.setValue(0); });
     Cmd_Play.setEnabled(true);
     cmdrec.setEnabled(true);
     Meff.setEnabled(true);
@@ -112,7 +106,7 @@ void frmMain::dialogSuccessState() {
 }
 
 bool frmMain::songDialog() {
-    R([&] { deleteFile(RPP(applicationFolder()) + "newwave.wav"); });
+    resumeNext([&] { deleteFile(RPP(applicationFolder()) + "newwave.wav"); });
     mousePointer = ui::kPointerHourglass;
     CMDialog1.DialogTitle = "Open Song File";
     CMDialog1.Filter = "Kar File (*.kar)|*.kar|Mid File(*.mid)|*.mid";
@@ -135,8 +129,8 @@ void frmMain::pLmenu_Click() {
     fullLyricText.clear();
     for (ui::Label* l : {&lblS, &lblM, &Label5, &lblTime}) l->setCaption("");
     tpsMinutes = 0;
-    R([&] { Text2.setText(""); });
-    R([&] { Picture3.canvas().cls(); });
+    resumeNext([&] { Text2.setText(""); });
+    resumeNext([&] { Picture3.canvas().cls(); });
     for (int c = 0; c < 16; ++c) {
         Check1(c).setEnabled(false);
         Slider2(c).setEnabled(false);
@@ -144,7 +138,7 @@ void frmMain::pLmenu_Click() {
         Label3(c).setCaption("");
     }
     std::string chosen;
-    if (showPlaylist) R([&] { chosen = showPlaylist(); });
+    if (showPlaylist) resumeNext([&] { chosen = showPlaylist(); });
     if (chosen.empty()) return;
     LabelSongLength.setCaption(chosen);
     Cmdplw.setEnabled(true);
@@ -160,47 +154,47 @@ void frmMain::OpenMusic() {
     Check2.setEnabled(false);
     mousePointer = ui::kPointerHourglass;
     // 2.
-    R([&] { CloseDevice(); });
+    resumeNext([&] { CloseDevice(); });
     // 3.
-    R([&] { readfile(); });
-    R([&] { rt.loop.doEvents(); });
+    resumeNext([&] { readfile(); });
+    resumeNext([&] { rt.loop.doEvents(); });
     deviceOpen = true;
     // 4. The patch file goes with the song so every instrument is ready.
-    R([&] { tempPatchPath = RPP(tempFolder()) + "filetemp.tmp"; });
-    R([&] { dmPatchSegment = platform.performance->LoadSegment(tempPatchPath); });
+    resumeNext([&] { tempPatchPath = RPP(tempFolder()) + "filetemp.tmp"; });
+    resumeNext([&] { dmPatchSegment = platform.performance->LoadSegment(tempPatchPath); });
     // 5.
     if (Check2.value() == 1) {
         programChangeOn = true;
-        R([&] { platform.performance->ConnectToCollection(dmPatchSegment, dmCollection); });
+        resumeNext([&] { platform.performance->ConnectToCollection(dmPatchSegment, dmCollection); });
     } else {
         programChangeOn = false;
     }
     // 6.
     auto& perf = *platform.performance;
-    R([&] { perf.ConnectToCollection(dmSegment, dmCollection); });
-    R([&] { perf.SetStandardMidiFile(dmSegment); });
-    R([&] { perf.SetStandardMidiFile(dmPatchSegment); });
-    R([&] { perf.Download(dmSegment); });
-    R([&] { perf.Download(dmPatchSegment); });
-    R([&] {
+    resumeNext([&] { perf.ConnectToCollection(dmSegment, dmCollection); });
+    resumeNext([&] { perf.SetStandardMidiFile(dmSegment); });
+    resumeNext([&] { perf.SetStandardMidiFile(dmPatchSegment); });
+    resumeNext([&] { perf.Download(dmSegment); });
+    resumeNext([&] { perf.Download(dmPatchSegment); });
+    resumeNext([&] {
         perf.GetDefaultAudioPath();
         perf.Download(dmSegment);
     });
     // 7. Display fields in a unit of their own; Play replaces them.
-    R([&] { lengthFields(); });
+    resumeNext([&] { lengthFields(); });
     // 8. Two fields nothing ever fills.
-    R([&] { Label9.setCaption("0/0"); });
+    resumeNext([&] { Label9.setCaption("0/0"); });
     // 9.
-    R([&] { perf.SetMasterTempo(1.0f); });
+    resumeNext([&] { perf.SetMasterTempo(1.0f); });
     songState = 1;
     resumeMusicTime = 0;
-    R([&] { vslidertempo.setValue(64); });
-    R([&] { vscroll1.setValue(0); });
+    resumeNext([&] { vslidertempo.setValue(64); });
+    resumeNext([&] { vscroll1.setValue(0); });
     // 10.
-    R([&] { perf.SetMasterVolume((100 - Slider1.value()) * 42 - 3000); });
+    resumeNext([&] { perf.SetMasterVolume((100 - Slider1.value()) * 42 - 3000); });
     // 11.
     wordCursor = 0;
-    R([&] { Timer1.setInterval(static_cast<int>(vbInt(vbDivide(tempoUs, vbDivide(768000, divisionQuarter))))); });
+    resumeNext([&] { Timer1.setInterval(static_cast<int>(vbInt(vbDivide(tempoUs, vbDivide(768000, divisionQuarter))))); });
     // 12.
     deviceOpen = true;
     mousePointer = ui::kPointerDefault;
@@ -215,9 +209,9 @@ void frmMain::lengthFields() {
 
 void frmMain::prepareStart() {
     auto& perf = *platform.performance;
-    R([&] { timeOffsetMs = clng(perf.GetMasterTempo() * 1000.0 - songBpm); });
-    R([&] { resumeMs = tempoUs * (resumeMusicTime / 768000.0) - timeOffsetMs; });
-    R([&] {
+    resumeNext([&] { timeOffsetMs = clng(perf.GetMasterTempo() * 1000.0 - songBpm); });
+    resumeNext([&] { resumeMs = tempoUs * (resumeMusicTime / 768000.0) - timeOffsetMs; });
+    resumeNext([&] {
         const int32_t upper = wordUpperBound();
         int32_t found = upper;
         for (int32_t i = 0; i <= upper - 1; ++i) {
@@ -228,7 +222,7 @@ void frmMain::prepareStart() {
         }
         wordCursor = found;
     });
-    R([&] {
+    resumeNext([&] {
         const int32_t len = perf.GetLength(dmSegment);
         if (resumeMusicTime >= len) resumeMusicTime -= 10;
         if (resumeMusicTime < 0) resumeMusicTime = 0;
@@ -238,22 +232,22 @@ void frmMain::prepareStart() {
 
 void frmMain::showLength() {
     auto& perf = *platform.performance;
-    R([&] {
+    resumeNext([&] {
         const int32_t mt = perf.GetMusicTime();
         playTempo = perf.GetTempo(mt + 2000);
     });
-    R([&] { lengthSeconds = clng((perf.GetLength(dmSegment) / 768.0 * 60) / playTempo); });
+    resumeNext([&] { lengthSeconds = clng((perf.GetLength(dmSegment) / 768.0 * 60) / playTempo); });
     int32_t minutes = lengthSeconds / 60;
     int32_t seconds = lengthSeconds - minutes * 60;
     if (seconds > 59) seconds -= minutes * 60;
-    R([&] { lblTime.setCaption(" " + vbFormat(minutes, "00") + ":" + vbFormat(seconds, "00")); });
+    resumeNext([&] { lblTime.setCaption(" " + vbFormat(minutes, "00") + ":" + vbFormat(seconds, "00")); });
 }
 
 void frmMain::Cmd_Play_Click() {
     // 1.
     Picture4.setVisible(true);
     lastSyncLine = 0;
-    R([&] { Text2.setText(""); });
+    resumeNext([&] { Text2.setText(""); });
     if (songState == 2) {
         // 2. Resume from the pause point.
         Cmd_Play.setEnabled(false);
@@ -261,49 +255,49 @@ void frmMain::Cmd_Play_Click() {
     } else {
         // 3.
         Cmd_Play.setEnabled(false);
-        R([&] { call(unloadEffectPanels); });
+        resumeNext([&] { call(unloadEffectPanels); });
         Meff.setEnabled(false);
-        R([&] { dismenu(); });
+        resumeNext([&] { dismenu(); });
         cmdApply.setEnabled(false);
-        R([&] { call(openEffectPanels); });
+        resumeNext([&] { call(openEffectPanels); });
         Timer.setEnabled(true);
         cmdrec.setEnabled(false);
-        R([&] { dmenu(); });
+        resumeNext([&] { dmenu(); });
         // 4.
-        R([&] { ZeroVariables(); });
+        resumeNext([&] { ZeroVariables(); });
         if (keepSongModel) {
             // 5. A replay after Stop: the model is kept and the song starts over.
             resumeMusicTime = 0;
-            R([&] { platform.performance->SetStartPoint(dmSegment, 0); });
+            resumeNext([&] { platform.performance->SetStartPoint(dmSegment, 0); });
         } else {
             // 6.
-            R([&] { vslidertempo.setValue(0); });
-            R([&] { vscroll1.setValue(0); });
-            for (int c = 0; c < 16; ++c) R([&] { Check1(c).setEnabled(false); });
+            resumeNext([&] { vslidertempo.setValue(0); });
+            resumeNext([&] { vscroll1.setValue(0); });
+            for (int c = 0; c < 16; ++c) resumeNext([&] { Check1(c).setEnabled(false); });
         }
     }
     // 7. Errors are ignored from here on.
     mousePointer = ui::kPointerHourglass;
-    if (!deviceOpen) R([&] { OpenMusic(); });
+    if (!deviceOpen) resumeNext([&] { OpenMusic(); });
     // 8, 9.
     prepareStart();
     // 10.
     songState = 0;
-    R([&] {
+    resumeNext([&] {
         auto& perf = *platform.performance;
         dmSegmentState = perf.PlaySegmentEx(dmSegment, 16384, 0, perf.GetDefaultAudioPath());
     });
     // 11.
     showLength();
     // 12.
-    R([&] { SetChannels(); });
+    resumeNext([&] { SetChannels(); });
     Timer1.setEnabled(true);
     mousePointer = ui::kPointerDefault;
     songState = 1;
     // 13.
     if (keepSongModel) {
         keepSongModel = false;
-        R([&] { call(STOPVALUE); });
+        resumeNext([&] { call(STOPVALUE); });
     }
     // 14.
     songRunning = true;
@@ -319,11 +313,11 @@ void frmMain::Cmd_Stop_Click() {
     SaveT.setEnabled(true);
     Cmd_Play.setEnabled(true);
     CmdPause.setEnabled(false);
-    R([&] { Picture3.canvas().cls(); });
+    resumeNext([&] { Picture3.canvas().cls(); });
     // 2.
     songRunning = false;
     List3.setVisible(false);
-    R([&] { enamenu(); });
+    resumeNext([&] { enamenu(); });
     dlsbank.setEnabled(true);
     Meff.setEnabled(true);
     // 3.
@@ -331,12 +325,12 @@ void frmMain::Cmd_Stop_Click() {
     stopRequested = true;
     songStoppedFlag = true;
     // 4.
-    R([&] { HScroll3.setValue(0); });
+    resumeNext([&] { HScroll3.setValue(0); });
     MnuOpenSong.setEnabled(true);
     mnew.setEnabled(true);
     // 5. A paused song is already stopped: no second stop.
     if (!pausedFlag) {
-        R([&] {
+        resumeNext([&] {
             auto& perf = *platform.performance;
             perf.StopEx(perf.GetDefaultAudioPath(), 0, 0);
         });
@@ -351,8 +345,8 @@ void frmMain::Cmd_Stop_Click() {
 
 void frmMain::CmdPause_Click() {
     auto& perf = *platform.performance;
-    R([&] { resumeMusicTime = add32(perf.GetSeek(dmSegmentState), -100); });
-    R([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
+    resumeNext([&] { resumeMusicTime = add32(perf.GetSeek(dmSegmentState), -100); });
+    resumeNext([&] { perf.StopEx(perf.GetDefaultAudioPath(), 0, 0); });
     Cmd_Play.setEnabled(true);
     songState = 2;
     pausedFlag = true;
