@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "core/platform/inert.h"
-#include "core/song/frm_main.h"
+#include "core/shell/frm_main.h"
 #include "core/ui/headless.h"
 #include "support/song_bytes.h"
 

@@ -13,7 +13,7 @@
 #include <string>
 
 #include "core/base/paths.h"
-#include "core/song/frm_main.h"
+#include "core/shell/frm_main.h"
 #include "core/ui/headless.h"
 #include "engine/engine_platform.h"
 #include "engine/synth.h"

@@ -8,7 +8,7 @@
 #include "core/base/cp1252.h"
 #include "core/base/vb_number.h"
 #include "core/platform/inert.h"
-#include "core/song/frm_main.h"
+#include "core/shell/frm_main.h"
 #include "core/ui/headless.h"
 #include "json_writer.h"
 

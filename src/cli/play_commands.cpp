@@ -12,7 +12,7 @@
 #include "core/base/cp1252.h"
 #include "core/base/paths.h"
 #include "core/base/vb_number.h"
-#include "core/song/frm_main.h"
+#include "core/shell/frm_main.h"
 #include "core/ui/headless.h"
 #include "core/ui/realtime_loop.h"
 #include "engine/engine_platform.h"

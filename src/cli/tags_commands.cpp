@@ -187,7 +187,10 @@ int runTag(const std::vector<std::string>& args) {
     const std::string lyrics = o.lyricsFile ? lyricsBytes : o.noLyrics ? std::string() : info.Lyrics;
 
     if (!module.WriteLyricsTag(o.file, record, lyrics)) {
-        std::cerr << "velaro tag: cannot write " << o.file << ": the tags have no place in this file\n";
+        const std::string& why = module.WriteError;
+        // The saver's own messages already name the file.
+        if (why.rfind("cannot write ", 0) == 0) std::cerr << "velaro tag: " << why << '\n';
+        else std::cerr << "velaro tag: cannot write " << o.file << ": " << why << '\n';
         return 1;
     }
     return 0;

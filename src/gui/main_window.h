@@ -5,7 +5,7 @@
 
 #include <QMainWindow>
 
-#include "core/song/frm_main.h"
+#include "core/shell/frm_main.h"
 
 class QAction;
 class QMenu;

@@ -5,7 +5,7 @@
 
 #include <QWidget>
 
-#include "core/song/frm_main.h"
+#include "core/shell/frm_main.h"
 
 namespace velaro::gui {
 

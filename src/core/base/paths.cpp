@@ -5,6 +5,7 @@
 #include <fstream>
 #include <system_error>
 
+#include "safe_file.h"
 #include "vb_error.h"
 
 namespace fs = std::filesystem;
@@ -60,12 +61,7 @@ std::string readWholeFile(const std::string& path) {
     return bytes;
 }
 
-void writeWholeFile(const std::string& path, std::string_view bytes) {
-    std::ofstream out(path, std::ios::binary | std::ios::trunc);
-    if (!out) throw VbError(VbErr::PathFileAccess, "Path/File access error: " + path);
-    out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-    if (!out) throw VbError(VbErr::PathFileAccess, "Path/File access error: " + path);
-}
+void writeWholeFile(const std::string& path, std::string_view bytes) { replaceFileSafely(path, bytes); }
 
 bool fileExists(const std::string& path) {
     std::error_code ec;

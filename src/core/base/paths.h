@@ -22,6 +22,7 @@ std::string programFolder();
 std::string homeFolder();
 
 // Whole-file helpers for the logic's binary opens; both throw VbError on failure.
+// A write goes to a new file that replaces the old one only when complete.
 std::string readWholeFile(const std::string& path);
 void writeWholeFile(const std::string& path, std::string_view bytes);
 bool fileExists(const std::string& path);

@@ -17,6 +17,7 @@ enum class VbErr : int {
     TypeMismatch = 13,
     FileNotFound = 53,
     BadFileMode = 54,
+    DiskFull = 61,
     InputPastEnd = 62,
     PathFileAccess = 75,
     PathNotFound = 76,

@@ -5,7 +5,7 @@
 
 #include "../base/paths.h"
 #include "../base/vb_error.h"
-#include "../song/frm_main.h"
+#include "frm_main.h"
 #include "config_vlr.h"
 
 namespace velaro::song {
@@ -85,7 +85,11 @@ void frmMain::confload() {
 void frmMain::confsave() { writeWholeFile(configPath(), shell::writeConfig(configOf(*this))); }
 
 void frmMain::SaveC_Click() {
-    resumeNext([&] { confsave(); });
+    try {
+        confsave();
+    } catch (const std::exception& e) {
+        reportWriteFailure(e);
+    }
     rt.dialogs.msgBox("Done!", ui::vbQuestion, "VELARO DECK");
 }
 
@@ -440,7 +444,11 @@ void frmMain::MnuMeter_Click() {
 
 void frmMain::mnuExit_Click() {
     if (rt.dialogs.msgBox("Exit ?", ui::vbYesNo | ui::vbInformation, "Velaro Deck") == ui::vbNo) return;
-    resumeNext([&] { confsave(); });
+    try {
+        confsave();
+    } catch (const std::exception& e) {
+        reportWriteFailure(e);
+    }
     resumeNext([&] { platform.streams->Free(); });
     Timer1.setEnabled(false);
     unloadOthers();

@@ -3,7 +3,7 @@
 // again at each start, so they survive a restart of the song.
 
 #include "../base/vb_error.h"
-#include "frm_main.h"
+#include "../shell/frm_main.h"
 
 namespace velaro::song {
 

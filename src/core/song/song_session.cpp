@@ -6,7 +6,7 @@
 #include "../base/paths.h"
 #include "../base/vb_error.h"
 #include "../base/vb_number.h"
-#include "frm_main.h"
+#include "../shell/frm_main.h"
 
 namespace velaro::song {
 

@@ -6,7 +6,7 @@
 #include "../base/vb_error.h"
 #include "../base/vb_number.h"
 #include "../ui/dialogs.h"
-#include "frm_main.h"
+#include "../shell/frm_main.h"
 
 namespace velaro::song {
 

@@ -4,13 +4,13 @@
 
 #include "../base/paths.h"
 #include "../base/vb_error.h"
-#include "frm_main.h"
+#include "../shell/frm_main.h"
 
 namespace velaro::song {
 
 namespace {
 
-void saveText(ui::CommonDialog& dialog, const char* title, const char* filter, const std::string& text) {
+void saveText(frmMain& f, ui::CommonDialog& dialog, const char* title, const char* filter, const std::string& text) {
     dialog.FileName.clear();
     dialog.Filter = filter;
     dialog.FilterIndex = 1;
@@ -18,18 +18,29 @@ void saveText(ui::CommonDialog& dialog, const char* title, const char* filter, c
     dialog.CancelError = true;
     try {
         dialog.ShowSave();
-        if (!dialog.FileName.empty()) writeWholeFile(dialog.FileName, text + "\r\n");
     } catch (const std::exception&) {
-        // Cancel or a failed write ends the command without a word.
+        return;  // Cancel ends the command without a word.
+    }
+    if (dialog.FileName.empty()) return;
+    try {
+        writeWholeFile(dialog.FileName, text + "\r\n");
+    } catch (const std::exception& e) {
+        // The old file is still there; the stamps are still in the box.
+        f.reportWriteFailure(e);
     }
 }
 
 }  // namespace
 
-void frmMain::SaveT_Click() { saveText(CMDialog1, "Save Text", "File testo (*.txt)|*.txt", fullLyricText); }
+void frmMain::SaveT_Click() { saveText(*this, CMDialog1, "Save Text", "File testo (*.txt)|*.txt", fullLyricText); }
 
 void frmMain::SaveSyncro_Click() {
-    saveText(CMDialog1, "Save Text & Syncro", "File Syncro (*.txt)|*.txt|Lrc File (*.lrc)|*.lrc", Text2.text());
+    saveText(*this, CMDialog1, "Save Text & Syncro", "File Syncro (*.txt)|*.txt|Lrc File (*.lrc)|*.lrc",
+             Text2.text());
+}
+
+void frmMain::reportWriteFailure(const std::exception& e) {
+    rt.dialogs.msgBox(e.what(), ui::vbExclamation, "VELARO DECK");
 }
 
 }  // namespace velaro::song

@@ -5,6 +5,7 @@
 
 #include "../base/byte_text.h"
 #include "../base/paths.h"
+#include "../base/safe_file.h"
 #include "../base/vb_error.h"
 #include "genres.h"
 
@@ -170,23 +171,13 @@ Id3Fields makeId3Fields(const std::string& title, const std::string& artist, con
 }
 
 void WriteId3(const std::string& path, const Id3Fields& record) {
-    // Opened for update only: a missing file is an error here, never a new file.
-    std::fstream f(path, std::ios::binary | std::ios::in | std::ios::out);
-    if (!f) throw VbError(VbErr::PathFileAccess, "cannot open " + path + " for writing");
+    // A missing file is an error here, never a new file.
+    if (!fileExists(path)) throw VbError(VbErr::PathFileAccess, "cannot open " + path + " for writing");
     const int64_t length = fileLength(path);
     if (length - 127 < 1) throw VbError(VbErr::InvalidCall, path + " is shorter than a tag");
-    char head[3] = {};
-    f.seekg(length - 128);
-    f.read(head, 3);
-    if (std::string(head, 3) != "TAG") {
-        // The tag takes the place of the last 128 bytes of audio.
-        f.seekp(length - 128);
-        f.write("TAG", 3);
-    }
-    f.seekp(length - 125);
-    f.write(record.data(), static_cast<std::streamsize>(record.size()));
-    f.flush();
-    if (!f) throw VbError(VbErr::PathFileAccess, "cannot write " + path);
+    // "TAG" and the record over the last 128 bytes: an old tag is replaced,
+    // and a file without one gives up its last 128 bytes of audio.
+    writeTailInPlace(path, length - 128, "TAG" + std::string(record.data(), record.size()));
 }
 
 }  // namespace velaro::tags

@@ -7,6 +7,7 @@
 
 #include "../base/byte_text.h"
 #include "../base/paths.h"
+#include "../base/safe_file.h"
 #include "../base/vb_error.h"
 #include "../base/vb_number.h"
 
@@ -205,32 +206,32 @@ void Mmp3::ReadMpegHeader() {
 }
 
 bool Mmp3::WriteLyricsTag(const std::string& path, const std::string& id3Record, const std::string& lyrics) {
+    WriteError.clear();
     try {
-        std::string block;
+        std::string tail;
         if (!lyrics.empty()) {
             const auto n = static_cast<double>(lyrics.size());
-            block = "LYRICSBEGIN" + std::string("LYR") + vbFormat(n, "00000") + lyrics + vbFormat(19 + n, "000000") +
-                    "LYRICS200";
+            tail = "LYRICSBEGIN" + std::string("LYR") + vbFormat(n, "00000") + lyrics + vbFormat(19 + n, "000000") +
+                   "LYRICS200";
         }
-        if (!std::filesystem::is_regular_file(path)) return false;
-        // Opened for update only: never a new file.
-        std::fstream f(path, std::ios::binary | std::ios::in | std::ios::out);
-        if (!f) return false;
+        tail += id3Record.substr(0, 128);
+        tail.resize(tail.size() + (128 - std::min<size_t>(id3Record.size(), 128)), ' ');
+        if (!std::filesystem::is_regular_file(path)) {
+            WriteError = "no such file";
+            return false;
+        }
         const int64_t L = fileLength(path);
         int64_t pos = HasId3Tag ? L - 127 : L + 1;
         if (HasLyricsTag) pos = LyricsBlockStart;
-        if (pos < 1 || pos > L + 1) return false;  // no place in this file: nothing is touched
-        f.seekp(pos - 1);
-        f.write(block.data(), static_cast<std::streamsize>(block.size()));
-        f.write(id3Record.data(), static_cast<std::streamsize>(std::min<size_t>(id3Record.size(), 128)));
-        if (id3Record.size() < 128) f.write(std::string(128 - id3Record.size(), ' ').data(), 128 - id3Record.size());
-        f.flush();
-        if (!f) return false;
-        const int64_t size = pos - 1 + static_cast<int64_t>(block.size()) + 128;
-        f.close();
-        TruncateFile(path, size);
+        if (pos < 1 || pos > L + 1) {  // no place in this file: nothing is touched
+            WriteError = "the tags have no place in this file";
+            return false;
+        }
+        // The room for the whole new tail is taken before the old tags are overwritten.
+        writeTailInPlace(path, pos - 1, tail);
         return true;
-    } catch (const std::exception&) {
+    } catch (const std::exception& e) {
+        WriteError = e.what();
         return false;
     }
 }

@@ -25,7 +25,8 @@ public:
     bool ReadLyricsTag();
     // Writes the Lyrics3 block (when there are lyrics) and the 128-byte record
     // at the end of the file and cuts it behind them. Relies on a GetMp3Info of
-    // this file just before. Says whether it was done; on failure the file is untouched.
+    // this file just before. Says whether it was done; on failure the file is
+    // untouched and WriteError says why (a full disk included).
     bool WriteLyricsTag(const std::string& path, const std::string& id3Record, const std::string& lyrics);
     // Sets the file's end at `size` when it is longer; otherwise nothing.
     static void TruncateFile(const std::string& path, int64_t size);
@@ -43,6 +44,8 @@ public:
     bool LyricsSeen = false;
     int32_t LyricsBlockStart = 0;
     int32_t PlaySeconds = 0;
+    // Why the last WriteLyricsTag failed, for the user; empty after a success.
+    std::string WriteError;
 };
 
 }  // namespace velaro::tags

@@ -8,7 +8,7 @@
 #include "core/base/paths.h"
 #include "core/platform/inert.h"
 #include "core/shell/config_vlr.h"
-#include "core/song/frm_main.h"
+#include "core/shell/frm_main.h"
 #include "core/ui/headless.h"
 
 using namespace velaro;

@@ -6,7 +6,7 @@
 
 #include "core/base/paths.h"
 #include "core/platform/inert.h"
-#include "core/song/frm_main.h"
+#include "core/shell/frm_main.h"
 #include "core/ui/headless.h"
 #include "core/ui/recording_canvas.h"
 #include "fake_performance.h"

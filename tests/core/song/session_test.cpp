@@ -2,7 +2,7 @@
 // song, and the channel strip, against a recording performance.
 
 #include "core/platform/inert.h"
-#include "core/song/frm_main.h"
+#include "core/shell/frm_main.h"
 #include "core/ui/headless.h"
 #include "fake_performance.h"
 #include "support/song_bytes.h"

@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "core/platform/inert.h"
-#include "core/song/frm_main.h"
+#include "core/shell/frm_main.h"
 #include "core/ui/scripted_dialogs.h"
 #include "core/ui/virtual_loop.h"
 #include "support/song_bytes.h"

@@ -5,6 +5,7 @@
 #include <array>
 #include <functional>
 #include <cstdint>
+#include <exception>
 #include <string>
 #include <vector>
 
@@ -13,7 +14,7 @@
 #include "../ui/control_array.h"
 #include "../ui/canvas.h"
 #include "../ui/form.h"
-#include "song_model.h"
+#include "../song/song_model.h"
 
 namespace velaro::song {
 
@@ -291,6 +292,8 @@ public:
     void dmenu();
     void unloadOthers();
     void Error_(const std::string& text);
+    // A save that failed left the old file as it was; the box says why.
+    void reportWriteFailure(const std::exception& e);
     void menuwave_Click();
     void PlayAudio();
     void MnuMp3_Click();
