@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace velaro::dsp {
 
@@ -57,7 +58,7 @@ void PeakLimiter::setEnabled(bool on) noexcept { enabled_.store(on, std::memory_
 
 float PeakLimiter::gainReductionDb() const {
     const float g = lastGain_.load(std::memory_order_relaxed);
-    return g >= 1.0f ? 0.0f : -20.0f * std::log10(g);
+    return g >= 1.0f ? 0.0f : -20.0f * std::log10(std::max(g, std::numeric_limits<float>::denorm_min()));
 }
 
 // Takes one new frame and returns the gain for the frame leaving the delay line now.
@@ -102,7 +103,8 @@ double PeakLimiter::gainFor(float left, float right) noexcept {
         boxSum_ = window_;
         return 1.0;
     }
-    return std::min(boxSum_ / window_, 1.0);
+    // Rounding of the sum can dip below zero when every gain in the box is tiny.
+    return std::clamp(boxSum_ / window_, 0.0, 1.0);
 }
 
 void PeakLimiter::process(float* interleaved, int frames) noexcept {

@@ -67,8 +67,14 @@ TEST(PeakLimiter, NoSampleEverPassesTheCeiling) {
         const float ceiling = static_cast<float>(std::pow(10.0, s.ceilingDb / 20.0));
         for (size_t k = 0; k < inputs.size(); ++k) {
             PeakLimiter lim(s.rate, s.ceilingDb, s.aheadMs, s.releaseMs);
-            for (float v : run(lim, inputs[k], unsigned(k))) {
+            const Audio out = run(lim, inputs[k], unsigned(k));
+            const size_t late = 2 * lim.latencyFrames();
+            for (size_t i = 0; i < out.size(); ++i) {
+                const float v = out[i], x = i < late ? 0.0f : inputs[k][i - late];
                 ASSERT_TRUE(std::isfinite(v)) << "input " << k;
+                if (std::isfinite(x)) {
+                    ASSERT_GE(v * x, 0.0f) << "sign flipped, input " << k;
+                }
                 ASSERT_LE(std::fabs(v), ceiling) << "input " << k << " at " << s.rate;
                 // Landing exactly on the ceiling would mean the clamp, not the gain, did the work.
                 ASSERT_NE(std::fabs(v), ceiling) << "input " << k << " at " << s.rate;
