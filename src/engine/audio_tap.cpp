@@ -41,14 +41,17 @@ void AudioTap::drain() {
     tail_.store(tail, std::memory_order_release);
 }
 
-void AudioTap::finish() {
+bool AudioTap::finish() {
     if (writer_.joinable()) {
         running_.store(false, std::memory_order_release);
         writer_.join();
         drain();
-        wav_->close();
+        return wav_->close();
     }
+    return wav_->error().empty();
 }
+
+const std::string& AudioTap::error() const { return wav_->error(); }
 
 int64_t AudioTap::framesWritten() const { return wav_->framesWritten(); }
 

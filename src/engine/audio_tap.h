@@ -19,8 +19,10 @@ public:
     ~AudioTap();
     // Thread: audio. Frames that find the ring full are dropped, never waited for.
     void push(const float* interleaved, int frames) noexcept;
-    // Thread: logic. Writes what is left and closes the file.
-    void finish();
+    // Thread: logic. Writes what is left and puts the file in place; false
+    // (with error()) when the file could not be written whole.
+    bool finish();
+    const std::string& error() const;
     int64_t framesWritten() const;
 
 private:

@@ -1,0 +1,88 @@
+#include "song_loudness.h"
+
+#include <ebur128.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+#include "song_player.h"
+#include "synth.h"
+
+namespace velaro::engine {
+
+struct LoudnessMeter::State {
+    ebur128_state* st = nullptr;
+};
+
+LoudnessMeter::LoudnessMeter(int sampleRate) : state_(new State) {
+    state_->st = ebur128_init(2, static_cast<unsigned long>(sampleRate), EBUR128_MODE_I);
+}
+
+LoudnessMeter::~LoudnessMeter() {
+    if (state_->st) ebur128_destroy(&state_->st);
+    delete state_;
+}
+
+void LoudnessMeter::add(const float* interleaved, size_t frames) {
+    if (state_->st && frames) ebur128_add_frames_float(state_->st, interleaved, frames);
+}
+
+double LoudnessMeter::integrated() const {
+    double lufs = -std::numeric_limits<double>::infinity();
+    if (!state_->st || ebur128_loudness_global(state_->st, &lufs) != EBUR128_SUCCESS)
+        return -std::numeric_limits<double>::infinity();
+    return lufs;
+}
+
+SongLoudness::SongLoudness() = default;
+SongLoudness::~SongLoudness() = default;
+
+Synth& SongLoudness::synthFor(const std::string& bank) {
+    auto it = synths_.find(bank);
+    if (it == synths_.end()) {
+        auto synth = std::make_unique<Synth>(kAnalysisRate);
+        if (!bank.empty()) synth->loadBank(bank);
+        it = synths_.emplace(bank, std::move(synth)).first;
+    }
+    it->second->reset();
+    return *it->second;
+}
+
+double SongLoudness::measure(const Segment& seg, const std::string& bank, const std::atomic<bool>& cancel) {
+    if (!seg.hasNotes()) return -std::numeric_limits<double>::infinity();
+    Synth& synth = synthFor(bank);
+    // The song source itself walks the song, so what is measured is what plays.
+    SongPlayer player(kAnalysisRate);
+    player.swapSynth(&synth);
+    player.play(&seg, 0);
+    LoudnessMeter meter(kAnalysisRate);
+    constexpr int kBlock = 1024;
+    std::vector<float> l(kBlock), r(kBlock), lr(2 * kBlock);
+    // A second of ringing after the end counts too; the gate drops the silence.
+    int tailBlocks = kAnalysisRate / kBlock + 1;
+    while (tailBlocks > 0) {
+        if (cancel.load(std::memory_order_relaxed)) return std::numeric_limits<double>::quiet_NaN();
+        std::fill(l.begin(), l.end(), 0.0f);
+        std::fill(r.begin(), r.end(), 0.0f);
+        player.process(l.data(), r.data(), kBlock);
+        for (int i = 0; i < kBlock; ++i) {
+            lr[2 * i] = l[i];
+            lr[2 * i + 1] = r[i];
+        }
+        meter.add(lr.data(), kBlock);
+        if (!player.playing()) --tailBlocks;
+    }
+    player.swapSynth(nullptr);
+    player.process(l.data(), r.data(), 0);
+    return meter.integrated();
+}
+
+float SongLoudness::levelFor(double lufs) {
+    if (!std::isfinite(lufs) || lufs < -70.0) return 1.0f;
+    const double db = std::clamp(kReferenceLufs - lufs, -24.0, 18.0);
+    return static_cast<float>(std::pow(10.0, db / 20.0));
+}
+
+}  // namespace velaro::engine
