@@ -3,6 +3,7 @@
 // real time through the sound card.
 
 #include <atomic>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <iostream>
@@ -11,6 +12,7 @@
 #include "core/base/byte_text.h"
 #include "core/base/cp1252.h"
 #include "core/base/paths.h"
+#include "core/base/safe_file.h"
 #include "core/base/vb_number.h"
 #include "core/shell/frm_main.h"
 #include "core/ui/headless.h"
@@ -67,7 +69,24 @@ void applySliders(song::frmMain& f, const SongOptions& o) {
     if (o.volume) f.Slider1.setValue(*o.volume);
 }
 
-bool songEnded(const song::frmMain& f) { return f.recordStopFlag; }
+// The command line has no Stop button: a song ends at its last event, when
+// the window's tick says so or when the song source has run out of song.
+bool songEnded(const song::frmMain& f, engine::EnginePlatform& ep) {
+    return f.recordStopFlag || !ep.performance().player().playing();
+}
+
+// The song the performance will play, when it holds a note to play.
+const engine::Segment* songToPlay(const song::frmMain& f, engine::EnginePlatform& ep) {
+    const engine::Segment* seg = ep.performance().segment(f.dmSegment);
+    if (!seg || !seg->hasNotes() || seg->length <= 0) return nullptr;
+    return seg;
+}
+
+// The master tempo the window's tempo slider gives (1 at rest).
+double tempoFactor(const SongOptions& o) {
+    if (!o.tempo) return 1.0;
+    return std::floor(30.0 / 127 * *o.tempo) * 2 / 30;
+}
 
 int terminalColumns() {
     winsize ws{};
@@ -99,12 +118,34 @@ int runRender(const std::vector<std::string>& args) {
         std::cerr << "velaro render: " << error << '\n';
         return 1;
     }
+    const engine::Segment* seg = songToPlay(f, ep);
+    if (seg) {
+        // The whole file, with the longest ringing tail, must fit before a frame is made.
+        const double seconds = seg->secondsAt(seg->length, tempoFactor(o)) + 6;
+        const int64_t need = static_cast<int64_t>(seconds * o.rate) * 4 + 44;
+        const int64_t room = freeSpaceFor(o.out);
+        if (room >= 0 && room < need) {
+            std::cerr << "velaro render: not enough room for " << o.out << ": the song needs about "
+                      << vbFormat(need / 1048576.0, "0.0") << " MB, the disk has "
+                      << vbFormat(room / 1048576.0, "0.0") << " MB free\n";
+            return 1;
+        }
+    }
     std::unique_ptr<engine::WavWriter> wav;
     try {
         wav = std::make_unique<engine::WavWriter>(o.out, o.rate);
     } catch (const std::exception& e) {
         std::cerr << "velaro render: " << e.what() << '\n';
         return 1;
+    }
+    if (!seg) {
+        // Nothing would ever sound: the file holds no frames and the command ends.
+        if (!wav->close()) {
+            std::cerr << "velaro render: " << wav->error() << '\n';
+            return 1;
+        }
+        std::cerr << "velaro render: the song has no notes; " << o.out << " holds no sound\n";
+        return 0;
     }
     ep.audio().setSink([&](const float* frames, int n) { wav->write(frames, n); });
     ui.loop.attachAudio([&](int64_t frames) { ep.audio().render(frames); }, o.rate);
@@ -113,9 +154,14 @@ int runRender(const std::vector<std::string>& args) {
     applySliders(f, o);
     // The cap only guards against a song whose end never comes: at the
     // slowest tempo a song of the format's longest length takes under 4 hours.
-    const bool ended = ui.loop.advanceUntil([&] { return songEnded(f); }, 4LL * 3600 * 1000);
-    wav->close();
+    const bool ended = ui.loop.advanceUntil([&] { return songEnded(f, ep); }, 4LL * 3600 * 1000);
     if (!ended) std::cerr << "velaro render: the song did not end; stopped after 4 hours\n";
+    // The last notes ring out rather than stop dead.
+    ep.audio().renderTail();
+    if (!wav->close()) {
+        std::cerr << "velaro render: " << wav->error() << '\n';
+        return 1;
+    }
     const double seconds = static_cast<double>(wav->framesWritten()) / o.rate;
     std::cerr << "velaro render: " << o.out << ": " << vbFormat(seconds, "0.00") << " s, " << o.rate
               << " Hz, 16-bit stereo, bank " << ep.performance().activeBank() << '\n';
@@ -146,6 +192,7 @@ int runPlay(const std::vector<std::string>& args) {
         std::cerr << "velaro play: " << error << '\n';
         return 1;
     }
+    const bool silent = songToPlay(f, ep) == nullptr;
 
     std::unique_ptr<engine::AudioTap> tap;
     std::unique_ptr<engine::WavWriter> wav;
@@ -169,6 +216,15 @@ int runPlay(const std::vector<std::string>& args) {
     std::signal(SIGINT, onSignal);
     std::signal(SIGTERM, onSignal);
 
+    if (silent) {
+        // A song without a note would run on its clock for ever: it ends at once.
+        ep.audio().stopDevice();
+        if (tap && !tap->finish()) std::cerr << "velaro play: " << tap->error() << '\n';
+        if (wav && !wav->close()) std::cerr << "velaro play: " << wav->error() << '\n';
+        std::printf("VELARO DECK  %s\nThe song has no notes.\n", o.song.c_str());
+        return 0;
+    }
+
     if (tty) std::printf("\x1b[2J\x1b[H");
     f.Cmd_Play_Click();
     applySliders(f, o);
@@ -176,7 +232,7 @@ int runPlay(const std::vector<std::string>& args) {
                 trim(f.lblTime.caption()).c_str(), tty ? "   Ctrl-C stops" : "");
     std::fflush(stdout);
 
-    auto done = [&] { return songEnded(f) || interrupted.load(); };
+    auto done = [&] { return songEnded(f, ep) || interrupted.load(); };
     if (device) {
         realtime.run(done);
     } else {
@@ -188,21 +244,41 @@ int runPlay(const std::vector<std::string>& args) {
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
         }
     }
-    if (interrupted.load()) f.Cmd_Stop_Click();
+    const bool stopped = interrupted.load();
+    if (stopped) f.Cmd_Stop_Click();
     page.flush();
+    // The last notes ring out (a second Ctrl-C cuts them short).
+    interrupted.store(false);
+    if (device) {
+        const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+        const float floor = 0.001f;  // -60 dBFS
+        while (std::chrono::steady_clock::now() < until && !interrupted.load()) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+            if (ep.audio().lastPeak() < floor) break;
+        }
+    } else {
+        ep.audio().renderTail();
+    }
     ep.audio().setTap(nullptr);
     ep.audio().stopDevice();
-    if (tap) tap->finish();
-    if (wav) wav->close();
+    bool written = true;
+    if (tap && !tap->finish()) {
+        std::cerr << "velaro play: " << tap->error() << '\n';
+        written = false;
+    }
+    if (wav && !wav->close()) {
+        std::cerr << "velaro play: " << wav->error() << '\n';
+        written = false;
+    }
 
     if (tty) std::printf("\x1b[10;1H");
-    std::printf("%s\n\n", interrupted.load() ? "Stopped." : "End of song.");
+    std::printf("%s\n\n", stopped ? "Stopped." : "End of song.");
     // The sync text, as SaveSyncro would write it.
     std::string sync = cp1252ToUtf8(f.Text2.text());
     for (size_t at = sync.find("\r\n"); at != std::string::npos; at = sync.find("\r\n", at)) sync.erase(at, 1);
     std::fputs(sync.c_str(), stdout);
     std::fflush(stdout);
-    if (!o.out.empty()) {
+    if (!o.out.empty() && written) {
         const int64_t frames = tap ? tap->framesWritten() : wav->framesWritten();
         std::cerr << "velaro play: recorded " << vbFormat(double(frames) / o.rate, "0.00") << " s to " << o.out << '\n';
     }
@@ -215,7 +291,7 @@ int runPlay(const std::vector<std::string>& args) {
             return 1;
         }
     }
-    return 0;
+    return written ? 0 : 1;
 }
 
 }  // namespace velaro::cli

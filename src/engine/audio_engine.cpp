@@ -1,6 +1,7 @@
 #include "audio_engine.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 
 #include "audio_tap.h"
@@ -9,7 +10,7 @@
 namespace velaro::engine {
 
 AudioEngine::AudioEngine(int sampleRate)
-    : rate_(sampleRate), left_(kMaxBlock), right_(kMaxBlock), offline_(2 * kOfflineBlock) {}
+    : rate_(sampleRate), left_(kMaxBlock), right_(kMaxBlock), offline_(2 * kOfflineBlock), limiter_(sampleRate) {}
 
 AudioEngine::~AudioEngine() { stopDevice(); }
 
@@ -23,6 +24,9 @@ void AudioEngine::addSource(AudioSource* source) {
 void AudioEngine::process(float* out, int frames) noexcept {
     const int count = sourceCount_.load(std::memory_order_acquire);
     const float gain = masterGain_.load(std::memory_order_relaxed);
+    if (framesPlayed_.load(std::memory_order_relaxed) == 0) gainNow_ = gain;
+    // A move of the volume glides over 20 ms instead of stepping.
+    const float glide = gain == gainNow_ ? 0.0f : (gain - gainNow_) / (0.02f * static_cast<float>(rate_));
     int done = 0;
     while (done < frames) {
         const int n = std::min(frames - done, kMaxBlock);
@@ -32,22 +36,52 @@ void AudioEngine::process(float* out, int frames) noexcept {
             if (AudioSource* s = sources_[i].load(std::memory_order_relaxed)) s->process(left_.data(), right_.data(), n);
         float* o = out + 2 * done;
         for (int i = 0; i < n; ++i) {
-            o[2 * i] = std::clamp(left_[i] * gain, -1.0f, 1.0f);
-            o[2 * i + 1] = std::clamp(right_[i] * gain, -1.0f, 1.0f);
+            if (glide != 0.0f && gainNow_ != gain) {
+                gainNow_ += glide;
+                if ((glide > 0) == (gainNow_ >= gain)) gainNow_ = gain;
+            }
+            o[2 * i] = left_[i] * gainNow_;
+            o[2 * i + 1] = right_[i] * gainNow_;
         }
         done += n;
     }
+    // Last on the bus: nothing that leaves the engine can clip or wrap.
+    limiter_.process(out, frames);
+    float pk = 0;
+    for (int i = 0; i < 2 * frames; ++i) pk = std::max(pk, std::fabs(out[i]));
+    lastPeak_.store(pk, std::memory_order_relaxed);
     if (AudioTap* tap = tap_.load(std::memory_order_acquire)) tap->push(out, frames);
     framesPlayed_.fetch_add(frames, std::memory_order_release);
+}
+
+void AudioEngine::setSink(Sink sink) {
+    sink_ = std::move(sink);
+    skipFrames_ = limiter_.latencyFrames();
 }
 
 void AudioEngine::render(int64_t frames) {
     while (frames > 0) {
         const int n = static_cast<int>(std::min<int64_t>(frames, kOfflineBlock));
         process(offline_.data(), n);
-        if (sink_) sink_(offline_.data(), n);
+        const int skip = static_cast<int>(std::min<int64_t>(skipFrames_, n));
+        skipFrames_ -= skip;
+        if (sink_ && n > skip) sink_(offline_.data() + 2 * skip, n - skip);
         frames -= n;
     }
+}
+
+int64_t AudioEngine::renderTail(double maxSeconds, float floorDb) {
+    const float floor = std::pow(10.0f, floorDb / 20.0f);
+    const int64_t most = static_cast<int64_t>(maxSeconds * rate_);
+    int64_t done = 0;
+    // The limiter's delay still holds the song's last frames: they always come out.
+    const int64_t held = limiter_.latencyFrames();
+    while (done < most) {
+        render(kOfflineBlock);
+        done += kOfflineBlock;
+        if (done >= held && lastPeak() < floor) break;
+    }
+    return done;
 }
 
 bool AudioEngine::startDevice(std::string& error, int bufferFrames) {

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "dsp/peak_limiter.h"
+
 namespace velaro::engine {
 
 class OutputDevice;
@@ -45,10 +47,20 @@ public:
     void process(float* interleaved, int frames) noexcept;
 
     // Offline: renders `frames` in fixed blocks and hands each to the sink.
+    // The sink gets the master bus without the limiter's delay: its first
+    // frame is the first frame the sources made after setSink.
     // Thread: logic, only while no device runs.
     using Sink = std::function<void(const float* interleaved, int frames)>;
-    void setSink(Sink sink) { sink_ = std::move(sink); }
+    void setSink(Sink sink);
     void render(int64_t frames);
+    // After the end of a song: renders on while the notes ring out, until a
+    // block peaks below `floorDb` or `maxSeconds` have passed. Returns the frames rendered.
+    int64_t renderTail(double maxSeconds = 5.0, float floorDb = -60.0f);
+
+    // The limiter is always on; tests turn it off to compare (it stays a delay). Thread: any.
+    void setLimiterEnabled(bool on) { limiter_.setEnabled(on); }
+    // The highest sample of the last block out (after the limiter). Thread: any.
+    float lastPeak() const { return lastPeak_.load(std::memory_order_relaxed); }
 
     // A copy of everything played goes to the tap (nullptr: none). Thread: logic.
     void setTap(AudioTap* tap) { tap_.store(tap, std::memory_order_release); }
@@ -65,6 +77,10 @@ private:
     std::array<std::atomic<AudioSource*>, 32> sources_{};
     std::atomic<int> sourceCount_{0};
     std::atomic<float> masterGain_{1.0f};
+    float gainNow_ = 1.0f;  // audio thread: the gain reached, gliding to masterGain_
+    dsp::PeakLimiter limiter_;
+    std::atomic<float> lastPeak_{0.0f};
+    int64_t skipFrames_ = 0;  // offline: the limiter's delay not yet passed to the sink
     std::atomic<int64_t> framesPlayed_{0};
     std::atomic<AudioTap*> tap_{nullptr};
     std::vector<float> left_, right_, offline_;

@@ -2,6 +2,7 @@
 
 #include <chrono>
 #include <cmath>
+#include <limits>
 #include <thread>
 
 #include "core/base/paths.h"
@@ -10,14 +11,103 @@
 
 namespace velaro::engine {
 
+namespace {
+// The level a song plays at while its loudness is still being measured:
+// that of a typical General MIDI song.
+constexpr double kTypicalLufs = -24.0;
+}  // namespace
+
 PerformanceEngine::PerformanceEngine(AudioEngine& engine, int polyphony)
     : engine_(engine), player_(engine.sampleRate()), polyphony_(polyphony), defaultBank_(Synth::defaultBankPath()) {
     engine_.addSource(&player_);
+    player_.setLevel(SongLoudness::levelFor(kTypicalLufs), true);
+    loudnessThread_ = std::thread([this] { loudnessWorker(); });
 }
 
 PerformanceEngine::~PerformanceEngine() {
+    {
+        std::lock_guard<std::mutex> lock(loudnessMutex_);
+        loudnessQuit_ = true;
+        loudnessJobs_.clear();
+    }
+    loudnessCancel_.store(true);
+    loudnessChanged_.notify_all();
+    if (loudnessThread_.joinable()) loudnessThread_.join();
     // The engine calls the player from its own thread: stop that first.
     engine_.stopDevice();
+}
+
+std::string PerformanceEngine::bankOf(const SegmentSlot& s) const {
+    if (s.collection) {
+        auto it = collections_.find(s.collection);
+        if (it != collections_.end()) return it->second;
+    }
+    return defaultBank_;
+}
+
+const Segment* PerformanceEngine::segment(platform::SegmentId id) const {
+    auto it = segments_.find(id);
+    return it == segments_.end() ? nullptr : it->second.segment.get();
+}
+
+void PerformanceEngine::queueLoudness(platform::SegmentId id) {
+    auto it = segments_.find(id);
+    if (it == segments_.end()) return;
+    const std::string bank = bankOf(it->second);
+    std::lock_guard<std::mutex> lock(loudnessMutex_);
+    if (loudnessResults_.count({id, bank})) return;
+    for (const auto& j : loudnessJobs_)
+        if (j.id == id && j.bank == bank) return;
+    loudnessJobs_.push_back({id, it->second.segment.get(), bank});
+    loudnessChanged_.notify_all();
+}
+
+void PerformanceEngine::loudnessWorker() {
+    std::unique_lock<std::mutex> lock(loudnessMutex_);
+    for (;;) {
+        loudnessChanged_.wait(lock, [&] { return loudnessQuit_ || !loudnessJobs_.empty(); });
+        if (loudnessQuit_) return;
+        const LoudnessJob job = loudnessJobs_.front();
+        loudnessJobs_.pop_front();
+        loudnessBusy_ = true;
+        lock.unlock();
+        double lufs;
+        try {
+            lufs = loudness_.measure(*job.segment, job.bank, loudnessCancel_);
+        } catch (const std::exception&) {
+            lufs = std::numeric_limits<double>::quiet_NaN();  // a bank that will not load: unity
+        }
+        lock.lock();
+        loudnessBusy_ = false;
+        if (!loudnessQuit_) {
+            loudnessResults_[{job.id, job.bank}] = lufs;
+            // A song already playing glides to its level.
+            if (levelFollows_.load() == job.id) {
+                player_.setLevel(SongLoudness::levelFor(lufs));
+                levelFollows_.store(0);
+            }
+        }
+        loudnessChanged_.notify_all();
+    }
+}
+
+bool PerformanceEngine::knownLoudness(platform::SegmentId id, const std::string& bank, double& lufs) {
+    std::lock_guard<std::mutex> lock(loudnessMutex_);
+    auto it = loudnessResults_.find({id, bank});
+    if (it == loudnessResults_.end()) return false;
+    lufs = it->second;
+    return true;
+}
+
+double PerformanceEngine::songLoudness(platform::SegmentId id) {
+    auto it = segments_.find(id);
+    if (it == segments_.end()) return std::numeric_limits<double>::quiet_NaN();
+    const std::string bank = bankOf(it->second);
+    queueLoudness(id);
+    std::unique_lock<std::mutex> lock(loudnessMutex_);
+    loudnessChanged_.wait(lock, [&] { return loudnessQuit_ || loudnessResults_.count({id, bank}) > 0; });
+    auto r = loudnessResults_.find({id, bank});
+    return r == loudnessResults_.end() ? std::numeric_limits<double>::quiet_NaN() : r->second;
 }
 
 PerformanceEngine::SegmentSlot& PerformanceEngine::slot(platform::SegmentId id) {
@@ -31,6 +121,7 @@ platform::SegmentId PerformanceEngine::LoadSegment(const std::string& path) {
     if (!parseSmf(readWholeFile(path), *seg)) throw VbError(VbErr::InvalidCall, "not a MIDI file: " + path);
     const int id = nextId_++;
     segments_[id].segment = std::move(seg);
+    queueLoudness(id);
     return id;
 }
 
@@ -69,6 +160,23 @@ platform::SegmentStateId PerformanceEngine::PlaySegmentEx(platform::SegmentId se
                                                          platform::AudioPathId) {
     SegmentSlot& s = slot(seg);
     if (synths_.empty() || activeBank_.empty()) useBank(s.collection ? collections_[s.collection] : defaultBank_);
+    // The song's level from its loudness. Offline the measurement is waited
+    // for, so a render is the same every time; live, a song whose measurement
+    // is still running starts at a typical level and glides to its own.
+    const std::string bank = bankOf(s);
+    double lufs;
+    if (knownLoudness(seg, bank, lufs)) {
+        levelFollows_.store(0);
+        player_.setLevel(SongLoudness::levelFor(lufs), true);
+    } else if (!engine_.deviceRunning()) {
+        levelFollows_.store(0);
+        player_.setLevel(SongLoudness::levelFor(songLoudness(seg)), true);
+    } else {
+        levelFollows_.store(seg);
+        // The worker may have finished just before it could see the request.
+        if (knownLoudness(seg, bank, lufs) && levelFollows_.exchange(0) == seg)
+            player_.setLevel(SongLoudness::levelFor(lufs));
+    }
     const double start = std::clamp<double>(s.startPoint, 0.0, s.segment->length);
     playOrigin_ = player_.musicTicks() - start;
     playingSegment_ = seg;
@@ -125,6 +233,7 @@ void PerformanceEngine::Download(platform::SegmentId seg) {
     // Loading the bank here keeps the wait out of the press of Play.
     SegmentSlot& s = slot(seg);
     useBank(s.collection ? collections_[s.collection] : defaultBank_);
+    queueLoudness(seg);
 }
 
 void PerformanceEngine::Unload(platform::SegmentId seg) { slot(seg); }

@@ -3,13 +3,19 @@
 // collections as FluidSynth banks, playback on the engine's song source.
 // Every operation runs on the logic thread.
 
+#include <atomic>
+#include <condition_variable>
+#include <deque>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
 
 #include "audio_engine.h"
 #include "core/platform/performance.h"
 #include "segment.h"
+#include "song_loudness.h"
 #include "song_player.h"
 
 namespace velaro::engine {
@@ -52,6 +58,11 @@ public:
     void setDefaultBank(std::string path) { defaultBank_ = std::move(path); }
     const std::string& activeBank() const { return activeBank_; }
     SongPlayer& player() { return player_; }
+    // The parsed song behind a segment id (nullptr when none). Thread: logic.
+    const Segment* segment(platform::SegmentId id) const;
+    // Measured loudness of a segment with the bank it plays with, waiting for
+    // the measurement when it is still running. Thread: logic.
+    double songLoudness(platform::SegmentId id);
 
 private:
     struct SegmentSlot {
@@ -63,8 +74,31 @@ private:
     // Makes sure the synthesiser plays `bank`, loading it when it is not the one in use.
     void useBank(const std::string& bank);
 
+    // Loudness measurements run on a worker of their own, one song at a time,
+    // started when a song is loaded so that they are usually done by Play.
+    struct LoudnessJob {
+        platform::SegmentId id;
+        const Segment* segment;
+        std::string bank;
+    };
+    std::string bankOf(const SegmentSlot& s) const;
+    void queueLoudness(platform::SegmentId id);
+    void loudnessWorker();
+    // The measured loudness, when there is one for this song and bank.
+    bool knownLoudness(platform::SegmentId id, const std::string& bank, double& lufs);
+
     AudioEngine& engine_;
     SongPlayer player_;
+    SongLoudness loudness_;
+    std::mutex loudnessMutex_;
+    std::condition_variable loudnessChanged_;
+    std::deque<LoudnessJob> loudnessJobs_;
+    std::map<std::pair<platform::SegmentId, std::string>, double> loudnessResults_;
+    bool loudnessBusy_ = false;
+    bool loudnessQuit_ = false;
+    std::atomic<bool> loudnessCancel_{false};
+    std::atomic<platform::SegmentId> levelFollows_{0};
+    std::thread loudnessThread_;
     int polyphony_;
     std::map<platform::SegmentId, SegmentSlot> segments_;
     std::map<platform::CollectionId, std::string> collections_;

@@ -69,6 +69,21 @@ double Segment::usPerQuarterAt(double time) const {
     return tempos.empty() ? 500000.0 : tempos[tempoIndexAt(time)].usPerQuarter;
 }
 
+bool Segment::hasNotes() const {
+    return std::any_of(events.begin(), events.end(),
+                       [](const SeqEvent& e) { return (e.status & 0xF0) == 0x90 && e.data2 > 0; });
+}
+
+double Segment::secondsAt(double time, double factor) const {
+    if (factor <= 0) return 0;
+    double us = 0;
+    for (size_t i = 0; i < tempos.size() && tempos[i].time < time; ++i) {
+        const double until = i + 1 < tempos.size() ? std::min(time, tempos[i + 1].time) : time;
+        us += (until - tempos[i].time) / kMusicTicksPerQuarter * tempos[i].usPerQuarter;
+    }
+    return us / 1e6 / factor;
+}
+
 bool parseSmf(const std::string& s, Segment& out) {
     out = Segment{};
     size_t head = s.find("MThd");

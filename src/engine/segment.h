@@ -31,6 +31,10 @@ struct Segment {
     int division = 0;
 
     double usPerQuarterAt(double time) const;
+    // True when some note is struck: a song of only meta events or controllers makes no sound.
+    bool hasNotes() const;
+    // Seconds from the start to `time` at the file's tempo map, played at `factor` (> 0).
+    double secondsAt(double time, double factor = 1.0) const;
     // Index of the tempo point in force at `time`.
     size_t tempoIndexAt(double time) const;
 };

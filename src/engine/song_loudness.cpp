@@ -81,7 +81,7 @@ double SongLoudness::measure(const Segment& seg, const std::string& bank, const 
 
 float SongLoudness::levelFor(double lufs) {
     if (!std::isfinite(lufs) || lufs < -70.0) return 1.0f;
-    const double db = std::clamp(kReferenceLufs - lufs, -24.0, 18.0);
+    const double db = std::clamp(kReferenceLufs - lufs, -24.0, 30.0);
     return static_cast<float>(std::pow(10.0, db / 20.0));
 }
 

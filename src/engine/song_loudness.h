@@ -44,7 +44,7 @@ public:
     double measure(const Segment& seg, const std::string& bank, const std::atomic<bool>& cancel);
 
     // The song source's linear level for a measured loudness: unity when the
-    // song is silent or could not be measured, within -24..+18 dB otherwise.
+    // song is silent or could not be measured, within -24..+30 dB otherwise.
     static float levelFor(double lufs);
 
 private:

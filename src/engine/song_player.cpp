@@ -71,8 +71,21 @@ void SongPlayer::swapSynth(Synth* synth) {
     push(c);
 }
 
+void SongPlayer::setLevel(float level, bool now) {
+    levelTarget_.store(level, std::memory_order_relaxed);
+    if (now) levelNow_.store(true, std::memory_order_release);
+}
+
 void SongPlayer::silence() noexcept {
-    if (synth_) synth_->allNotesOff();
+    // Released, not cut: the notes ring out through their own release. The
+    // pedals come up too, or a held note would never reach its release.
+    if (synth_) {
+        synth_->allNotesOff();
+        for (int ch = 0; ch < 16; ++ch) {
+            synth_->controlChange(ch, 64, 0);
+            synth_->controlChange(ch, 66, 0);
+        }
+    }
     std::memset(sounding_, 0, sizeof sounding_);
 }
 
@@ -144,6 +157,10 @@ void SongPlayer::apply(const Command& c) noexcept {
 void SongPlayer::process(float* left, float* right, int frames) noexcept {
     Command c;
     while (commands_.pop(c)) apply(c);
+    const float target = levelTarget_.load(std::memory_order_relaxed);
+    if (levelNow_.exchange(false, std::memory_order_acquire)) level_ = target;
+    // About 50 ms from one level to the next: no click, no audible fade.
+    levelStep_ = level_ == target ? 0.0f : (target - level_) / (0.05f * static_cast<float>(rate_));
 
     int done = 0;
     while (done < frames) {
@@ -176,8 +193,15 @@ void SongPlayer::process(float* left, float* right, int frames) noexcept {
         if (synth_) {
             synth_->render(l_.data(), r_.data(), n);
             for (int i = 0; i < n; ++i) {
-                left[done + i] += l_[i];
-                right[done + i] += r_[i];
+                if (levelStep_ != 0.0f) {
+                    level_ += levelStep_;
+                    if ((levelStep_ > 0) == (level_ >= target)) {
+                        level_ = target;
+                        levelStep_ = 0;
+                    }
+                }
+                left[done + i] += l_[i] * level_;
+                right[done + i] += r_[i] * level_;
             }
         }
         perf_ += n * ticksPerFrame;

@@ -28,6 +28,10 @@ public:
     void setMasterTempo(float factor);
     // Hands a synthesiser over; the caller keeps the old one alive.
     void swapSynth(Synth* synth);
+    // The song's own level (linear), from its loudness. Thread: any. A new
+    // level glides in over a few tens of milliseconds unless `now` is set.
+    void setLevel(float level, bool now = false);
+    float level() const { return levelTarget_.load(std::memory_order_relaxed); }
 
     // ---- any thread ----
     double seekTicks() const { return seek_.load(std::memory_order_acquire); }
@@ -68,6 +72,11 @@ private:
     int transpose_[16] = {};
     uint8_t sounding_[16][128] = {};  // key sent + 1, per channel and key of the file
     std::vector<float> l_, r_;
+    float level_ = 1.0f;
+    float levelStep_ = 0;  // per frame while gliding
+
+    std::atomic<float> levelTarget_{1.0f};
+    std::atomic<bool> levelNow_{false};
 
     std::atomic<double> seek_{0};
     std::atomic<double> perfTicks_{0};

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <mutex>
 #include <stdexcept>
 #include <vector>
 
@@ -15,6 +16,14 @@ void Synth::SettingsDeleter::operator()(_fluid_hashtable_t* s) const { delete_fl
 void Synth::SynthDeleter::operator()(_fluid_synth_t* s) const { delete_fluid_synth(s); }
 
 namespace {
+// Synthesisers are made and banks loaded on the logic thread and on the
+// loudness worker; FluidSynth's one-time set-up and its loaders are not
+// promised to be safe side by side, so they take turns.
+std::mutex& loadMutex() {
+    static std::mutex m;
+    return m;
+}
+
 void quietLogs() {
     static bool done = false;
     if (done) return;
@@ -25,6 +34,7 @@ void quietLogs() {
 }  // namespace
 
 Synth::Synth(int sampleRate, int polyphony) {
+    std::lock_guard<std::mutex> lock(loadMutex());
     quietLogs();
     settings_.reset(new_fluid_settings());
     if (!settings_) throw std::runtime_error("new_fluid_settings failed");
@@ -33,16 +43,23 @@ Synth::Synth(int sampleRate, int polyphony) {
     // Only one thread at a time ever calls it, so its own lock is not needed
     // and must not be taken on the audio thread.
     fluid_settings_setint(settings_.get(), "synth.threadsafe-api", 0);
-    fluid_settings_setnum(settings_.get(), "synth.gain", 0.8);
+    // The synthesiser's own resting gain: the song's level is set after a
+    // measurement of its loudness, and the master bus has a limiter.
+    fluid_settings_setnum(settings_.get(), "synth.gain", 0.2);
     synth_.reset(new_fluid_synth(settings_.get()));
     if (!synth_) throw std::runtime_error("new_fluid_synth failed");
 }
 
-Synth::~Synth() = default;
+Synth::~Synth() {
+    std::lock_guard<std::mutex> lock(loadMutex());
+    synth_.reset();
+    settings_.reset();
+}
 
 bool Synth::loadBank(const std::string& path) {
     std::error_code ec;
     if (!std::filesystem::is_regular_file(path, ec)) return false;
+    std::lock_guard<std::mutex> lock(loadMutex());
     if (fluid_synth_sfload(synth_.get(), path.c_str(), 1) == FLUID_FAILED) return false;
     ++banks_;
     return true;
@@ -57,6 +74,7 @@ void Synth::channelPressure(int ch, int v) noexcept { fluid_synth_channel_pressu
 void Synth::keyPressure(int ch, int key, int v) noexcept { fluid_synth_key_pressure(synth_.get(), ch, key, v); }
 void Synth::allNotesOff() noexcept { fluid_synth_all_notes_off(synth_.get(), -1); }
 void Synth::allSoundsOff() noexcept { fluid_synth_all_sounds_off(synth_.get(), -1); }
+void Synth::reset() noexcept { fluid_synth_system_reset(synth_.get()); }
 
 void Synth::render(float* left, float* right, int frames) noexcept {
     fluid_synth_write_float(synth_.get(), frames, left, 0, 1, right, 0, 1);

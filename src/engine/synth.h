@@ -33,6 +33,8 @@ public:
     void keyPressure(int ch, int key, int value) noexcept;
     void allNotesOff() noexcept;
     void allSoundsOff() noexcept;
+    // Back to the state after loading: voices, programs and controllers of every channel.
+    void reset() noexcept;
     // Writes `frames` of stereo sound into left/right (not interleaved).
     void render(float* left, float* right, int frames) noexcept;
 
