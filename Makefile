@@ -42,6 +42,7 @@ bench: build
 	$(BUILD)/bench/bench_render
 	$(BUILD)/bench/bench_tags
 	$(BUILD)/bench/bench_limiter
+	$(BUILD)/bench/bench_sound
 
 clean:
 	rm -rf $(BUILD) $(SAN_BUILD)
