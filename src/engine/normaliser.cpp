@@ -122,18 +122,21 @@ std::string SndfileNormaliser::Normalize(const std::string& source, const std::s
     sf_command(in.get(), SFC_SET_NORM_DOUBLE, nullptr, SF_TRUE);
     sf_command(in.get(), SFC_SET_CLIPPING, nullptr, SF_FALSE);
 
-    Reporter report(progress);
-    report.at(0);
-    Job job{in.get(), info, stop, report, source};
-    const int bits = pcmBits(info.format);
-    const bool whole = bits > 0;
-    double peak = 0;
-    std::string error = whole ? scanPeak<int>(job, sf_readf_int, peak) : scanPeak<double>(job, sf_readf_double, peak);
-    if (!error.empty()) return error;
-    if (stop.load()) return "stopped";
-
     try {
+        // The new file is made first, so that a target that cannot be written
+        // is told at once rather than after the scan.
         FileBeside out(target);
+        Reporter report(progress);
+        report.at(0);
+        Job job{in.get(), info, stop, report, source};
+        const int bits = pcmBits(info.format);
+        const bool whole = bits > 0;
+        double peak = 0;
+        const std::string error =
+            whole ? scanPeak<int>(job, sf_readf_int, peak) : scanPeak<double>(job, sf_readf_double, peak);
+        if (!error.empty()) return error;
+        if (stop.load()) return "stopped";
+
         if (peak == 0) {
             // Nothing to raise: the file goes over as it is.
             in.reset();
