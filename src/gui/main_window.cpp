@@ -14,6 +14,7 @@
 #include <QScrollBar>
 #include <QSlider>
 #include <QSplitter>
+#include <QStatusBar>
 #include <QStyle>
 #include <QVBoxLayout>
 
@@ -113,6 +114,10 @@ MainWindow::MainWindow(song::frmMain& form, QWidget* parent) : QMainWindow(paren
     // "Wav to Mp3" and the normaliser come and go with their forms.
     new Form1Window(f_.encoding.form1, this);
     new Form11Window(f_.encoding.form11, this);
+    // The form shows no encoder errors; the window's status line tells why an encode ended early.
+    f_.encoding.MEnc1.encoderEnded = [this](const std::string& error) {
+        if (!error.empty()) statusBar()->showMessage(QString::fromStdString("Encode Mp3: " + error));
+    };
 }
 
 void MainWindow::remember(ui::Control& c, QWidget* w) { widgets_[{c.name(), c.index()}] = w; }

@@ -23,6 +23,8 @@ MainEncoding::MainEncoding(song::frmMain& form)
     fillBitRates(Combo2);
     Combo2.setVisible(false);
     prog.setVisible(false);
+    // Nothing to encode until a take has been made.
+    f.cmdSave.setEnabled(false);
 
     f.Mmp3.Click = [this] { Mmp3_Click(); };
     Combo2.Click = [this] { Combo2_Click(); };

@@ -71,6 +71,8 @@ struct Encoding : ::testing::Test {
         std::filesystem::remove_all(home);
         setenv("VELARO_HOME", home.c_str(), 1);
         f = std::make_unique<song::frmMain>(ui.rt, p);
+        EXPECT_FALSE(f->cmdSave.enabled());  // nothing to encode before a take
+        f->cmdSave.setEnabled(true);         // as a saved take leaves it
     }
     void TearDown() override { unsetenv("VELARO_HOME"); }
     record::MainEncoding& e() { return f->encoding; }
