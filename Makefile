@@ -41,6 +41,7 @@ bench: build
 	$(BUILD)/bench/bench_readfile
 	$(BUILD)/bench/bench_render
 	$(BUILD)/bench/bench_tags
+	$(BUILD)/bench/bench_encode
 
 clean:
 	rm -rf $(BUILD) $(SAN_BUILD)
