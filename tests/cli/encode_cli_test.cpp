@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include <cmath>
+#include <csignal>
 #include <filesystem>
 #include <sstream>
 
@@ -116,6 +117,41 @@ TEST(EncodeCommand, BadOptionsExit2AndFailuresExit1WithOneLineAndNoFile) {
         EXPECT_EQ(readWholeFile(dir + "/keep.mp3"), "an older encode");
         EXPECT_EQ(filesIn(dir), 3u);
     }
+}
+
+TEST(EncodeCommand, CtrlCKeepsAShorterValidMp3) {
+    const std::string dir = folder();
+    const int64_t frames = writeTone(dir + "/long.wav", {44100, 2, 0, 120.0});
+    int err[2];
+    ASSERT_EQ(pipe(err), 0);
+    const pid_t pid = fork();
+    if (pid == 0) {
+        dup2(err[1], 2);
+        close(err[0]);
+        execl(VELARO_BIN, VELARO_BIN, "encode", (dir + "/long.wav").c_str(), "-o", (dir + "/long.mp3").c_str(),
+              "--quality", "high", static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    close(err[1]);
+    FILE* lines = fdopen(err[0], "r");
+    char line[256];
+    while (fgets(line, sizeof line, lines) && std::string(line) != "10%\n") {
+    }
+    kill(pid, SIGINT);
+    std::string rest;
+    while (fgets(line, sizeof line, lines)) rest += line;
+    fclose(lines);
+    int st = 0;
+    waitpid(pid, &st, 0);
+    ASSERT_TRUE(WIFEXITED(st));
+    EXPECT_EQ(WEXITSTATUS(st), 0);
+    EXPECT_TRUE(has(rest, "stopped")) << rest;
+    EXPECT_FALSE(has(rest, "100%"));
+    const Decoded d = decodeMp3(dir + "/long.mp3");
+    ASSERT_TRUE(d.ok);
+    EXPECT_GT(d.frames, frames / 20);
+    EXPECT_LT(d.frames, frames / 2);
+    EXPECT_EQ(filesIn(dir), 2u);
 }
 
 TEST(NormalizeCommand, RaisesToThePercentGivenOrKept) {
