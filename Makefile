@@ -43,6 +43,7 @@ bench: build
 	$(BUILD)/bench/bench_tags
 	$(BUILD)/bench/bench_limiter
 	$(BUILD)/bench/bench_sound
+	$(BUILD)/bench/bench_encode
 
 clean:
 	rm -rf $(BUILD) $(SAN_BUILD)

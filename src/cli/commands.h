@@ -12,5 +12,7 @@ int runPlay(const std::vector<std::string>& args);
 int runMp3Info(const std::vector<std::string>& args);
 int runTag(const std::vector<std::string>& args);
 int runId3(const std::vector<std::string>& args);
+int runEncode(const std::vector<std::string>& args);
+int runNormalize(const std::vector<std::string>& args);
 
 }  // namespace velaro::cli

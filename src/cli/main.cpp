@@ -29,6 +29,13 @@ const char* kUsage =
     "  id3 FILE [--title T] [--artist A] [--album B] [--year Y] [--comment C]\n"
     "                       without options: the playlist's reading of the tag (JSON);\n"
     "                       with options: save as the small ID3 editor does (genre becomes 0)\n"
+    "  encode IN.wav -o OUT.mp3 [--bitrate KBPS] [--quality fast|medium|high] [--channels stereo|mono]\n"
+    "      [--vbr Q] [--crc] [--intensity]\n"
+    "                       encode to MP3 as \"Wav to Mp3\" does (default 128 kbps constant rate,\n"
+    "                       medium, stereo; --vbr 1 best to 10); Ctrl-C keeps a shorter MP3\n"
+    "  normalize IN.wav -o OUT.wav [--percent P]\n"
+    "                       raise the file so its peak is P% of full scale (default: the\n"
+    "                       normaliser window's last percent, else 100); OUT may be IN\n"
     "  help                 this text\n";
 
 }  // namespace
@@ -52,6 +59,8 @@ int main(int argc, char** argv) {
         if (cmd == "mp3info") return velaro::cli::runMp3Info(args);
         if (cmd == "tag") return velaro::cli::runTag(args);
         if (cmd == "id3") return velaro::cli::runId3(args);
+        if (cmd == "encode") return velaro::cli::runEncode(args);
+        if (cmd == "normalize") return velaro::cli::runNormalize(args);
     } catch (const std::exception& e) {
         std::cerr << "velaro " << cmd << ": " << e.what() << '\n';
         return 1;

@@ -7,6 +7,8 @@ EnginePlatform::EnginePlatform(int sampleRate) : audio_(sampleRate), performance
     p.performance = &performance_;
     p.processes = &processes_;
     p.streams = &streams_;
+    p.mp3 = &mp3_;
+    p.normaliser = &normaliser_;
 }
 
 }  // namespace velaro::engine

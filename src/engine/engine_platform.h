@@ -7,6 +7,8 @@
 
 #include "audio_engine.h"
 #include "engine_streams.h"
+#include "mp3_encoder.h"
+#include "normaliser.h"
 #include "core/platform/inert.h"
 #include "performance_engine.h"
 #include "posix_process.h"
@@ -25,6 +27,8 @@ private:
     PerformanceEngine performance_;
     PosixProcess processes_;
     EngineStreams streams_;
+    LameMp3Encoder mp3_;
+    SndfileNormaliser normaliser_;
     platform::InertPlatform inert_;
 };
 

@@ -14,10 +14,14 @@
 #include <QScrollBar>
 #include <QSlider>
 #include <QSplitter>
+#include <QStatusBar>
 #include <QStyle>
 #include <QVBoxLayout>
 
 #include "bindings.h"
+#include "form11_window.h"
+#include "form1_window.h"
+#include "record_bindings.h"
 #include "page_widget.h"
 #include "seek_bar.h"
 
@@ -106,6 +110,14 @@ MainWindow::MainWindow(song::frmMain& form, QWidget* parent) : QMainWindow(paren
     split->setStretchFactor(1, 2);
     column->addWidget(split, 1);
     setCentralWidget(central);
+
+    // "Wav to Mp3" and the normaliser come and go with their forms.
+    new Form1Window(f_.encoding.form1, this);
+    new Form11Window(f_.encoding.form11, this);
+    // The form shows no encoder errors; the window's status line tells why an encode ended early.
+    f_.encoding.MEnc1.encoderEnded = [this](const std::string& error) {
+        if (!error.empty()) statusBar()->showMessage(QString::fromStdString("Encode Mp3: " + error));
+    };
 }
 
 void MainWindow::remember(ui::Control& c, QWidget* w) { widgets_[{c.name(), c.index()}] = w; }
@@ -166,11 +178,34 @@ QWidget* MainWindow::buildTransport() {
         row->addWidget(w);
     }
     grid->addLayout(row, 0, 0);
+    grid->addLayout(buildEncoding(box), 2, 0);
 
     seek_ = new SeekBar(f_, box);
     remember(f_.Picture4, seek_);
     grid->addWidget(seek_, 1, 0);
     return box;
+}
+
+QLayout* MainWindow::buildEncoding(QWidget* box) {
+    // The take to MP3: the two buttons, the bar while it runs, the bit-rate list when asked for.
+    auto* row = new QHBoxLayout;
+    for (ui::CommandButton* c : {&f_.cmdSave, &f_.encstop}) {
+        auto* b = new QPushButton(box);
+        bindButton(*c, b);
+        remember(*c, b);
+        row->addWidget(b);
+    }
+    auto* bar = new QProgressBar(box);
+    bindProgress(f_.encoding.prog, bar);
+    remember(f_.encoding.prog, bar);
+    row->addWidget(bar, 1);
+    auto* rates = new QComboBox(box);
+    rates->setToolTip(QString::fromStdString(f_.encoding.Combo2.caption()));
+    bindCombo(f_.encoding.Combo2, rates);
+    remember(f_.encoding.Combo2, rates);
+    row->addWidget(rates);
+    row->addStretch();
+    return row;
 }
 
 QWidget* MainWindow::buildControls() {

@@ -8,6 +8,7 @@
 #include "core/shell/frm_main.h"
 
 class QAction;
+class QLayout;
 class QMenu;
 
 namespace velaro::gui {
@@ -28,6 +29,7 @@ protected:
 private:
     QAction* action(QMenu* menu, ui::Menu& m, bool checkable = false);
     QWidget* buildTransport();
+    QLayout* buildEncoding(QWidget* box);
     QWidget* buildControls();
     QWidget* buildChannels();
     void remember(ui::Control& c, QWidget* w);

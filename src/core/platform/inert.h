@@ -133,7 +133,9 @@ public:
 
 class InertMp3Encoder : public Mp3Encoder {
 public:
-    int Encode(const std::string&, const std::string&, const Mp3Options&, Progress) override { return -1; }
+    std::string Encode(const Mp3Settings&, const std::atomic<bool>&, const PercentDone&) override {
+        return "no MP3 encoder";
+    }
 };
 
 class InertWmaEncoder : public WmaEncoder {
@@ -146,7 +148,10 @@ public:
 
 class InertNormaliser : public Normaliser {
 public:
-    int Normalise(const std::string&, int, Progress) override { return -1; }
+    std::string Normalize(const std::string&, const std::string&, int32_t, const std::atomic<bool>&,
+                          const PercentDone&) override {
+        return "no normaliser";
+    }
 };
 
 class InertCdLibrary : public CdLibrary {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "../platform/platform.h"
+#include "../record/main_encoding.h"
 #include "../ui/common_dialog.h"
 #include "../ui/control_array.h"
 #include "../ui/canvas.h"
@@ -231,6 +232,8 @@ public:
     std::array<uint8_t, 411> patchBuffer{};
     std::string tempPatchPath;
     std::string convertedPath;
+
+    record::MainEncoding encoding{*this};  // after every control and field it uses
 
     // ---- song reading ----
     void ZeroVariables();
