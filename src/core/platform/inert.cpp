@@ -18,11 +18,6 @@ CollectionId InertPerformance::LoadCollection(const std::string& path) {
     return next_++;
 }
 
-int InertWaveDevice::SendString(const std::string&, std::string& reply) {
-    reply.clear();
-    return 263;  // the command interface's "no such device"
-}
-
 std::string InertWaveDevice::ErrorString(int) { return "The specified device is not open or is not recognized by MCI."; }
 
 std::string PlainFileSystem::FullPath(const std::string& path) {

@@ -100,9 +100,20 @@ private:
     int volume_ = 0;
 };
 
+// No wave device on this machine: every command answers "no such device".
 class InertWaveDevice : public WaveDevice {
 public:
-    int SendString(const std::string&, std::string& reply) override;
+    static constexpr int kNoDevice = 263;
+    int Open(const std::string&, uint32_t& id) override { id = 0; return kNoDevice; }
+    int Close(uint32_t) override { return kNoDevice; }
+    int Play(uint32_t, int32_t, int32_t) override { return kNoDevice; }
+    int Delete(uint32_t, int32_t, int32_t) override { return kNoDevice; }
+    int Record(uint32_t) override { return kNoDevice; }
+    int Stop(uint32_t) override { return kNoDevice; }
+    int Save(uint32_t, const std::string&) override { return kNoDevice; }
+    int Status(uint32_t, uint32_t, int32_t& v) override { v = 0; return kNoDevice; }
+    int Set(uint32_t, const WaveFormat&) override { return kNoDevice; }
+    int Info(uint32_t, std::string& name) override { name.clear(); return kNoDevice; }
     std::string ErrorString(int error) override;
 };
 
