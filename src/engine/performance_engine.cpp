@@ -50,15 +50,21 @@ const Segment* PerformanceEngine::segment(platform::SegmentId id) const {
     return it == segments_.end() ? nullptr : it->second.segment.get();
 }
 
-void PerformanceEngine::queueLoudness(platform::SegmentId id) {
+bool PerformanceEngine::loudnessKey(platform::SegmentId id, LoudnessKey& key) const {
     auto it = segments_.find(id);
-    if (it == segments_.end()) return;
-    const std::string bank = bankOf(it->second);
+    if (it == segments_.end()) return false;
+    key = LoudnessKey{id, bankOf(it->second), channelSetup_};
+    return true;
+}
+
+void PerformanceEngine::queueLoudness(platform::SegmentId id) {
+    LoudnessKey key;
+    if (!loudnessKey(id, key)) return;
     std::lock_guard<std::mutex> lock(loudnessMutex_);
-    if (loudnessResults_.count({id, bank})) return;
+    if (loudnessResults_.count(key)) return;
     for (const auto& j : loudnessJobs_)
-        if (j.id == id && j.bank == bank) return;
-    loudnessJobs_.push_back({id, it->second.segment.get(), bank});
+        if (j.key == key) return;
+    loudnessJobs_.push_back({key, segments_.at(id).segment.get()});
     loudnessChanged_.notify_all();
 }
 
@@ -73,16 +79,16 @@ void PerformanceEngine::loudnessWorker() {
         lock.unlock();
         double lufs;
         try {
-            lufs = loudness_.measure(*job.segment, job.bank, loudnessCancel_);
+            lufs = loudness_.measure(*job.segment, std::get<1>(job.key), std::get<2>(job.key), loudnessCancel_);
         } catch (const std::exception&) {
             lufs = std::numeric_limits<double>::quiet_NaN();  // a bank that will not load: unity
         }
         lock.lock();
         loudnessBusy_ = false;
         if (!loudnessQuit_) {
-            loudnessResults_[{job.id, job.bank}] = lufs;
+            loudnessResults_[job.key] = lufs;
             // A song already playing glides to its level.
-            if (levelFollows_.load() == job.id) {
+            if (levelFollows_.load() == std::get<0>(job.key)) {
                 player_.setLevel(SongLoudness::levelFor(lufs));
                 levelFollows_.store(0);
             }
@@ -91,22 +97,21 @@ void PerformanceEngine::loudnessWorker() {
     }
 }
 
-bool PerformanceEngine::knownLoudness(platform::SegmentId id, const std::string& bank, double& lufs) {
+bool PerformanceEngine::knownLoudness(const LoudnessKey& key, double& lufs) {
     std::lock_guard<std::mutex> lock(loudnessMutex_);
-    auto it = loudnessResults_.find({id, bank});
+    auto it = loudnessResults_.find(key);
     if (it == loudnessResults_.end()) return false;
     lufs = it->second;
     return true;
 }
 
 double PerformanceEngine::songLoudness(platform::SegmentId id) {
-    auto it = segments_.find(id);
-    if (it == segments_.end()) return std::numeric_limits<double>::quiet_NaN();
-    const std::string bank = bankOf(it->second);
+    LoudnessKey key;
+    if (!loudnessKey(id, key)) return std::numeric_limits<double>::quiet_NaN();
     queueLoudness(id);
     std::unique_lock<std::mutex> lock(loudnessMutex_);
-    loudnessChanged_.wait(lock, [&] { return loudnessQuit_ || loudnessResults_.count({id, bank}) > 0; });
-    auto r = loudnessResults_.find({id, bank});
+    loudnessChanged_.wait(lock, [&] { return loudnessQuit_ || loudnessResults_.count(key) > 0; });
+    auto r = loudnessResults_.find(key);
     return r == loudnessResults_.end() ? std::numeric_limits<double>::quiet_NaN() : r->second;
 }
 
@@ -163,9 +168,10 @@ platform::SegmentStateId PerformanceEngine::PlaySegmentEx(platform::SegmentId se
     // The song's level from its loudness. Offline the measurement is waited
     // for, so a render is the same every time; live, a song whose measurement
     // is still running starts at a typical level and glides to its own.
-    const std::string bank = bankOf(s);
+    LoudnessKey key;
+    loudnessKey(seg, key);
     double lufs;
-    if (knownLoudness(seg, bank, lufs)) {
+    if (knownLoudness(key, lufs)) {
         levelFollows_.store(0);
         player_.setLevel(SongLoudness::levelFor(lufs), true);
     } else if (!engine_.deviceRunning()) {
@@ -174,7 +180,7 @@ platform::SegmentStateId PerformanceEngine::PlaySegmentEx(platform::SegmentId se
     } else {
         levelFollows_.store(seg);
         // The worker may have finished just before it could see the request.
-        if (knownLoudness(seg, bank, lufs) && levelFollows_.exchange(0) == seg)
+        if (knownLoudness(key, lufs) && levelFollows_.exchange(0) == seg)
             player_.setLevel(SongLoudness::levelFor(lufs));
     }
     const double start = std::clamp<double>(s.startPoint, 0.0, s.segment->length);
@@ -206,10 +212,13 @@ void PerformanceEngine::SetMasterVolume(int32_t v) {
 }
 
 void PerformanceEngine::SendMIDIPMSG(int64_t, int, int channel, int status, int b1, int b2) {
+    // The window's channel volumes go over the song's own: the loudness measurement hears them too.
+    if ((status & 0xF0) == 0xB0 && b1 == 7) channelSetup_.volume[channel & 15] = b2 & 0x7F;
     player_.sendMidi(channel, status, b1, b2);
 }
 
 void PerformanceEngine::SendPatchPMSG(int64_t, int, int channel, int program, int, int) {
+    channelSetup_.program[channel & 15] = program & 0x7F;
     player_.sendMidi(channel, 0xC0, program, 0);
 }
 

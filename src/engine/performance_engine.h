@@ -11,6 +11,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <tuple>
 
 #include "audio_engine.h"
 #include "core/platform/performance.h"
@@ -76,16 +77,18 @@ private:
 
     // Loudness measurements run on a worker of their own, one song at a time,
     // started when a song is loaded so that they are usually done by Play.
+    using LoudnessKey = std::tuple<platform::SegmentId, std::string, ChannelSetup>;
     struct LoudnessJob {
-        platform::SegmentId id;
+        LoudnessKey key;
         const Segment* segment;
-        std::string bank;
     };
+    // What a measurement of this segment depends on now. Thread: logic.
+    bool loudnessKey(platform::SegmentId id, LoudnessKey& key) const;
     std::string bankOf(const SegmentSlot& s) const;
     void queueLoudness(platform::SegmentId id);
     void loudnessWorker();
     // The measured loudness, when there is one for this song and bank.
-    bool knownLoudness(platform::SegmentId id, const std::string& bank, double& lufs);
+    bool knownLoudness(const LoudnessKey& key, double& lufs);
 
     AudioEngine& engine_;
     SongPlayer player_;
@@ -93,7 +96,8 @@ private:
     std::mutex loudnessMutex_;
     std::condition_variable loudnessChanged_;
     std::deque<LoudnessJob> loudnessJobs_;
-    std::map<std::pair<platform::SegmentId, std::string>, double> loudnessResults_;
+    std::map<LoudnessKey, double> loudnessResults_;
+    ChannelSetup channelSetup_;  // the window's latest channel volumes and programs
     bool loudnessBusy_ = false;
     bool loudnessQuit_ = false;
     std::atomic<bool> loudnessCancel_{false};

@@ -50,7 +50,8 @@ Synth& SongLoudness::synthFor(const std::string& bank) {
     return *it->second;
 }
 
-double SongLoudness::measure(const Segment& seg, const std::string& bank, const std::atomic<bool>& cancel) {
+double SongLoudness::measure(const Segment& seg, const std::string& bank, const ChannelSetup& setup,
+                             const std::atomic<bool>& cancel) {
     if (!seg.hasNotes()) return -std::numeric_limits<double>::infinity();
     Synth& synth = synthFor(bank);
     // The song source itself walks the song, so what is measured is what plays.
@@ -62,6 +63,12 @@ double SongLoudness::measure(const Segment& seg, const std::string& bank, const 
     std::vector<float> l(kBlock), r(kBlock), lr(2 * kBlock);
     // A second of ringing after the end counts too; the gate drops the silence.
     int tailBlocks = kAnalysisRate / kBlock + 1;
+    // The song's first events sound, then the window's channel setup goes over them, as at Play.
+    player.process(l.data(), r.data(), 1);
+    for (int ch = 0; ch < 16; ++ch) {
+        if (setup.program[ch] >= 0) player.sendMidi(ch, 0xC0, setup.program[ch], 0);
+        if (setup.volume[ch] >= 0) player.sendMidi(ch, 0xB0, 7, setup.volume[ch]);
+    }
     while (tailBlocks > 0) {
         if (cancel.load(std::memory_order_relaxed)) return std::numeric_limits<double>::quiet_NaN();
         std::fill(l.begin(), l.end(), 0.0f);

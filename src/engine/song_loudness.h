@@ -4,6 +4,7 @@
 // measured. The song source then plays at the level that brings the song to
 // the program's reference loudness, so dense and sparse songs sound alike.
 
+#include <array>
 #include <atomic>
 #include <map>
 #include <memory>
@@ -33,6 +34,18 @@ private:
     State* state_;
 };
 
+// The channel volumes and programs the window sends over the song's own at
+// the start of play (-1: the song's own), which the measurement must hear too.
+struct ChannelSetup {
+    std::array<int, 16> volume;
+    std::array<int, 16> program;
+    ChannelSetup() {
+        volume.fill(-1);
+        program.fill(-1);
+    }
+    auto operator<=>(const ChannelSetup&) const = default;
+};
+
 class SongLoudness {
 public:
     static constexpr int kAnalysisRate = 11025;
@@ -41,7 +54,8 @@ public:
     ~SongLoudness();
     // Renders the segment with `bank` and measures it. Returns -inf for a song
     // that makes no sound, NaN when stopped by `cancel`. Thread: one worker at a time.
-    double measure(const Segment& seg, const std::string& bank, const std::atomic<bool>& cancel);
+    double measure(const Segment& seg, const std::string& bank, const ChannelSetup& setup,
+                   const std::atomic<bool>& cancel);
 
     // The song source's linear level for a measured loudness: unity when the
     // song is silent or could not be measured, within -24..+30 dB otherwise.
