@@ -9,6 +9,7 @@
 
 #include <sndfile.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
@@ -84,7 +85,9 @@ int main(int argc, char** argv) {
     }
     std::printf("%d songs from %s, bank %s, 44100 Hz\n", int(songs.size()), folder.c_str(), bank.c_str());
     std::printf("%-32s %8s %8s %8s %8s %7s %7s\n", "song", "length", "clipped", "peak dB", "LUFS", "tail s", "speed");
-    const std::string ours = tempFolder() + "/bench-sound-ours.wav", theirs = tempFolder() + "/bench-sound-fluid.wav";
+    const std::string tag = std::to_string(getpid());
+    const std::string ours = tempFolder() + "/bench-sound-ours-" + tag + ".wav",
+                      theirs = tempFolder() + "/bench-sound-fluid-" + tag + ".wav";
     int64_t allClipped = 0;
     double minLufs = INFINITY, maxLufs = -INFINITY, ratioSum = 0;
     int ratios = 0;
