@@ -7,6 +7,7 @@
 
 #include "audio_engine.h"
 #include "engine_streams.h"
+#include "engine_wave_device.h"
 #include "mp3_encoder.h"
 #include "normaliser.h"
 #include "core/platform/inert.h"
@@ -21,6 +22,7 @@ public:
     platform::Platform& get() { return inert_.get(); }
     AudioEngine& audio() { return audio_; }
     PerformanceEngine& performance() { return performance_; }
+    EngineWaveDevice& wave() { return wave_; }
 
 private:
     AudioEngine audio_;
@@ -29,6 +31,7 @@ private:
     EngineStreams streams_;
     LameMp3Encoder mp3_;
     SndfileNormaliser normaliser_;
+    EngineWaveDevice wave_{audio_};
     platform::InertPlatform inert_;
 };
 

@@ -1,0 +1,108 @@
+#include "mic_input.h"
+
+#include <rtaudio/RtAudio.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "frame_ring.h"
+
+namespace velaro::engine {
+
+MicInput::MicInput(int engineRate) : rate_(engineRate) {}
+
+MicInput::~MicInput() { close(); }
+
+void MicInput::setLevel(int level) { level_.store(std::clamp(level, 0, 100), std::memory_order_relaxed); }
+
+int MicInput::onInput(void*, void* in, unsigned int frames, double, unsigned int, void* self) {
+    auto* mic = static_cast<MicInput*>(self);
+    const auto* src = static_cast<const float*>(in);
+    const float g = mic->gain();
+    float pk = 0;
+    unsigned int done = 0;
+    while (src && done < frames) {
+        const unsigned int n = std::min(frames - done, 4096u);
+        for (unsigned int i = 0; i < 2 * n; ++i) {
+            mic->scratch_[i] = src[2 * done + i] * g;
+            pk = std::max(pk, std::fabs(src[2 * done + i]));
+        }
+        if (FrameRing* ring = mic->consumer_.load(std::memory_order_acquire))
+            ring->push(mic->scratch_, static_cast<int>(n));
+        done += n;
+    }
+    mic->peak_.store(pk, std::memory_order_relaxed);
+    mic->captured_.fetch_add(frames, std::memory_order_relaxed);
+    return 0;
+}
+
+bool MicInput::acquire(std::string& error) {
+    if (users_ == 0 && !open(error)) return false;
+    ++users_;
+    return true;
+}
+
+void MicInput::release() {
+    if (users_ > 0 && --users_ == 0) close();
+}
+
+bool MicInput::open(std::string& error) {
+    const RtAudio::Api apis[] = {RtAudio::LINUX_PULSE, RtAudio::LINUX_ALSA, RtAudio::UNIX_JACK};
+    std::vector<RtAudio::Api> compiled;
+    RtAudio::getCompiledApi(compiled);
+    error.clear();
+    for (RtAudio::Api api : apis) {
+        if (std::find(compiled.begin(), compiled.end(), api) == compiled.end()) continue;
+        try {
+            auto rt = std::make_unique<RtAudio>(api);
+            rt->showWarnings(false);
+            const unsigned int count = rt->getDeviceCount();
+            if (count == 0) continue;
+            RtAudio::StreamParameters params;
+            params.deviceId = rt->getDefaultInputDevice();
+            if (!deviceName_.empty()) {
+                bool found = false;
+                for (unsigned int i = 0; i < count && !found; ++i) {
+                    RtAudio::DeviceInfo info = rt->getDeviceInfo(i);
+                    if (info.inputChannels > 0 && info.name == deviceName_) {
+                        params.deviceId = i;
+                        found = true;
+                    }
+                }
+                if (!found) {
+                    error = "no input device named \"" + deviceName_ + "\"";
+                    continue;
+                }
+            }
+            params.nChannels = 2;
+            RtAudio::StreamOptions options;
+            options.flags = RTAUDIO_MINIMIZE_LATENCY;
+            options.streamName = "VELARO DECK microphone";
+            unsigned int frames = 256;
+            rt->openStream(nullptr, &params, RTAUDIO_FLOAT32, static_cast<unsigned int>(rate_), &frames,
+                           reinterpret_cast<RtAudioCallback>(&MicInput::onInput), this, &options);
+            rt->startStream();
+            captured_.store(0, std::memory_order_relaxed);
+            rt_ = std::move(rt);
+            api_ = RtAudio::getApiName(api);
+            return true;
+        } catch (const std::exception& e) {
+            error = std::string(RtAudio::getApiDisplayName(api)) + ": " + e.what();
+        }
+    }
+    if (error.empty()) error = "no input device";
+    return false;
+}
+
+void MicInput::close() {
+    if (!rt_) return;
+    try {
+        if (rt_->isStreamRunning()) rt_->stopStream();
+        if (rt_->isStreamOpen()) rt_->closeStream();
+    } catch (const std::exception&) {
+    }
+    rt_.reset();
+}
+
+}  // namespace velaro::engine
