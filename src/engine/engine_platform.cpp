@@ -10,6 +10,7 @@ EnginePlatform::EnginePlatform(int sampleRate) : audio_(sampleRate), performance
     p.mp3 = &mp3_;
     p.normaliser = &normaliser_;
     p.wave = &wave_;
+    p.meter = &meter_;
 }
 
 }  // namespace velaro::engine

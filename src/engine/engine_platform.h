@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "audio_engine.h"
+#include "engine_meter_capture.h"
 #include "engine_streams.h"
 #include "engine_wave_device.h"
 #include "mp3_encoder.h"
@@ -32,6 +33,7 @@ private:
     LameMp3Encoder mp3_;
     SndfileNormaliser normaliser_;
     EngineWaveDevice wave_{audio_};
+    EngineMeterCapture meter_{audio_.mic(), audio_.sampleRate()};
     platform::InertPlatform inert_;
 };
 

@@ -28,6 +28,13 @@ int MicInput::onInput(void*, void* in, unsigned int frames, double, unsigned int
             mic->scratch_[i] = src[2 * done + i] * g;
             pk = std::max(pk, std::fabs(src[2 * done + i]));
         }
+        uint64_t head = mic->meterHead_.load(std::memory_order_relaxed);
+        for (unsigned int i = 0; i < n; ++i, ++head) {
+            const auto l = static_cast<uint16_t>(static_cast<int16_t>(std::clamp(src[2 * (done + i)], -1.0f, 1.0f) * 32767));
+            const auto r = static_cast<uint16_t>(static_cast<int16_t>(std::clamp(src[2 * (done + i) + 1], -1.0f, 1.0f) * 32767));
+            mic->meter_[head % kMeterFrames].store(l | (uint32_t{r} << 16), std::memory_order_relaxed);
+        }
+        mic->meterHead_.store(head, std::memory_order_release);
         if (FrameRing* ring = mic->consumer_.load(std::memory_order_acquire))
             ring->push(mic->scratch_, static_cast<int>(n));
         done += n;
@@ -35,6 +42,18 @@ int MicInput::onInput(void*, void* in, unsigned int frames, double, unsigned int
     mic->peak_.store(pk, std::memory_order_relaxed);
     mic->captured_.fetch_add(frames, std::memory_order_relaxed);
     return 0;
+}
+
+size_t MicInput::meterFrames(uint64_t& from, int16_t* lr, size_t max) const {
+    const uint64_t head = meterHead_.load(std::memory_order_acquire);
+    if (head - from > kMeterFrames) from = head - kMeterFrames;
+    size_t n = 0;
+    for (; from < head && n < max; ++from, ++n) {
+        const uint32_t v = meter_[from % kMeterFrames].load(std::memory_order_relaxed);
+        lr[2 * n] = static_cast<int16_t>(v & 0xFFFF);
+        lr[2 * n + 1] = static_cast<int16_t>(v >> 16);
+    }
+    return n;
 }
 
 bool MicInput::acquire(std::string& error) {

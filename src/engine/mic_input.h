@@ -3,7 +3,9 @@
 // device picked by name, a level and a mute, and the round-trip latency that
 // takes line up by. Without a sound card a wave file stands in for it.
 
+#include <array>
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -49,6 +51,12 @@ public:
     float peak() const { return peak_.load(std::memory_order_relaxed); }
     // Frames captured since the stream opened. Thread: any.
     int64_t framesCaptured() const { return captured_.load(std::memory_order_relaxed); }
+    // The last frames heard, before the level, as 16-bit left and right, for
+    // the meter: copies those after `from` (at most `max`) and moves `from`
+    // on. Frames older than the meter's ring are lost. Thread: one reader.
+    size_t meterFrames(uint64_t& from, int16_t* leftRight, size_t max) const;
+    uint64_t meterHead() const { return meterHead_.load(std::memory_order_acquire); }
+    static constexpr size_t kMeterFrames = 8192;
 
 private:
     static int onInput(void* out, void* in, unsigned int frames, double, unsigned int, void* self);
@@ -65,6 +73,9 @@ private:
     int latencyMs_ = 0;
     int users_ = 0;
     std::unique_ptr<RtAudio> rt_;
+    // Each frame packed in one word, so the reader never sees half a frame.
+    std::array<std::atomic<uint32_t>, kMeterFrames> meter_{};
+    std::atomic<uint64_t> meterHead_{0};
     float scratch_[2 * 4096];
 };
 

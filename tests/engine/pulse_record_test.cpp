@@ -1,5 +1,6 @@
 // A take recorded live through a private PulseAudio daemon: the engine plays
-// into a null sink and the microphone is the daemon's sine source.
+// into a null sink and the microphone is the daemon's sine source, which the
+// level meter hears too.
 
 #include <gtest/gtest.h>
 
@@ -18,7 +19,9 @@
 #include <thread>
 #include <vector>
 
+#include "core/record/meter.h"
 #include "engine/audio_engine.h"
+#include "engine/engine_meter_capture.h"
 #include "engine/engine_wave_device.h"
 #include "engine/mic_input.h"
 
@@ -93,6 +96,8 @@ TEST_F(PulseRecord, ALiveTakeHoldsWhatTheInputHears) {
     ASSERT_TRUE(audio.startDevice(error)) << error;
     std::this_thread::sleep_for(std::chrono::milliseconds(500));  // the stream's start-up
     audio.setInputLatencyMs(20);
+    engine::EngineMeterCapture meter(audio.mic(), 44100);
+    ASSERT_TRUE(meter.Start());
     uint32_t id = 0;
     ASSERT_EQ(dev.Open("", id), 0);
     const int rec = dev.Record(id);
@@ -100,7 +105,17 @@ TEST_F(PulseRecord, ALiveTakeHoldsWhatTheInputHears) {
     EXPECT_TRUE(audio.mic().capturing());
     // The daemon's sine source hands its sound over in bursts of about two seconds.
     std::this_thread::sleep_for(std::chrono::milliseconds(3000));
+    // The meter hears the same input while the take runs.
+    std::vector<uint8_t> bytes8;
+    int32_t start = 0, end = 0;
+    ASSERT_TRUE(meter.TakeBuffer(bytes8, start, end));
+    record::LevelMeter needles;
+    ASSERT_TRUE(needles.meterBuffer(bytes8, start, end));
+    EXPECT_GT(needles.leftLevel, 30);
+    EXPECT_GT(meter.LeftLevel(), 10);
     ASSERT_EQ(dev.Stop(id), 0);
+    EXPECT_TRUE(audio.mic().capturing());  // the meter still holds it
+    meter.Stop();
     EXPECT_FALSE(audio.mic().capturing());
 
     std::ifstream in(dev.takePath(), std::ios::binary);

@@ -1,6 +1,7 @@
 // The wave device on the engine: offline takes are the render plus the
 // microphone file, frame for frame; ranges cut and play; saves in every take
-// format through the recorder's class; a full disk keeps the old file.
+// format through the recorder's class; a full disk keeps the old file; the
+// meter's capture bytes.
 
 #include <gtest/gtest.h>
 #include <sndfile.h>
@@ -14,10 +15,12 @@
 #include <vector>
 
 #include "core/base/paths.h"
+#include "core/record/meter.h"
 #include "core/record/wave_player.h"
 #include "core/shell/frm_main.h"
 #include "core/ui/headless.h"
 #include "engine/audio_engine.h"
+#include "engine/engine_meter_capture.h"
 #include "engine/engine_platform.h"
 #include "engine/engine_wave_device.h"
 #include "engine/mic_input.h"
@@ -275,4 +278,39 @@ TEST(WaveDeviceTakes, EveryTakeQualitySavesAsARiffWaveOfThatFormat) {
     }
     unsetenv("VELARO_HOME");
     fs::remove_all(dir);
+}
+
+// The meter's capture hands over bytes in the layout the meter reads.
+TEST(MeterCaptureBytes, EveryFormatOfTheTableComesOutInItsLayoutAndRate) {
+    std::vector<int16_t> lr;
+    for (int i = 0; i < 8; ++i) {
+        lr.push_back(static_cast<int16_t>(i * 1000));
+        lr.push_back(static_cast<int16_t>(-i * 1000));
+    }
+    std::vector<uint8_t> out;
+    engine::EngineMeterCapture::encode(lr.data(), 8, 44100, 0x800, out);
+    ASSERT_EQ(out.size(), 32u);
+    EXPECT_EQ(out[4] | (out[5] << 8), 1000);
+    EXPECT_EQ(static_cast<int16_t>(out[6] | (out[7] << 8)), -1000);
+    engine::EngineMeterCapture::encode(lr.data(), 8, 44100, 0x1, out);  // 11 kHz: every fourth frame
+    EXPECT_EQ(out, (std::vector<uint8_t>{128, static_cast<uint8_t>(128 + (4000 >> 8))}));
+    engine::EngineMeterCapture::encode(lr.data(), 8, 44100, 0x20, out);  // 22 kHz, 8-bit stereo
+    ASSERT_EQ(out.size(), 8u);
+    EXPECT_EQ(out[3], static_cast<uint8_t>(128 + (-2000 >> 8)));
+    engine::EngineMeterCapture::encode(lr.data(), 8, 44100, 0x400, out);  // 44 kHz, 16-bit mono
+    EXPECT_EQ(out.size(), 16u);
+
+    // Through the meter: a full-scale square stops the needle, silence rests it.
+    std::vector<int16_t> loud(2 * 4096), quiet(2 * 4096, 0);
+    for (size_t i = 0; i < loud.size(); ++i) loud[i] = (i / 2) % 2 ? 32767 : -32767;
+    for (int32_t format : {0x1, 0x20, 0x40, 0x800}) {
+        record::LevelMeter m;
+        m.meterFormat = format;
+        engine::EngineMeterCapture::encode(loud.data(), 4096, 44100, format, out);
+        ASSERT_TRUE(m.meterBuffer(out, 0, static_cast<int32_t>(out.size()) - 1));
+        EXPECT_EQ(m.leftLevel, 75) << format;
+        engine::EngineMeterCapture::encode(quiet.data(), 4096, 44100, format, out);
+        ASSERT_TRUE(m.meterBuffer(out, 0, static_cast<int32_t>(out.size()) - 1));
+        EXPECT_EQ(m.leftLevel, 18) << format;
+    }
 }
