@@ -24,6 +24,7 @@
 #include "engine/engine_platform.h"
 #include "engine/engine_wave_device.h"
 #include "engine/mic_input.h"
+#include "engine/take_recorder.h"
 #include "engine/wave_reader.h"
 #include "support/small_disk.h"
 #include "support/tone_wav.h"
@@ -313,4 +314,42 @@ TEST(MeterCaptureBytes, EveryFormatOfTheTableComesOutInItsLayoutAndRate) {
         ASSERT_TRUE(m.meterBuffer(out, 0, static_cast<int32_t>(out.size()) - 1));
         EXPECT_EQ(m.leftLevel, 18) << format;
     }
+}
+
+// Live, output and input come from two streams; the input heard a round trip
+// late is moved earlier by the latency figure, so take[k] = out[k] + in[k + latency].
+TEST(LiveTake, TheInputIsShiftedEarlierByTheLatencyAndPairedFrameForFrame) {
+    const std::string path = tempFolder() + "/velaro-live-" + std::to_string(getpid()) + ".f32";
+    std::remove(path.c_str());
+    constexpr int kLatency = 300, kFrames = 20000;
+    std::vector<float> out(2 * kFrames), in(2 * (kFrames + kLatency));
+    for (size_t i = 0; i < out.size(); ++i) out[i] = static_cast<float>(i % 1000) / 4000.0f;
+    for (size_t i = 0; i < in.size(); ++i) in[i] = -static_cast<float>(i % 777) / 8000.0f;
+    {
+        engine::TakeRecorder::Options opt;
+        opt.live = true;
+        opt.micSkipFrames = kLatency;
+        engine::TakeRecorder rec(path, std::move(opt));
+        // The two streams arrive in blocks of their own sizes, the input in bursts.
+        size_t o = 0, m = 0;
+        while (o < static_cast<size_t>(kFrames)) {
+            const int n = static_cast<int>(std::min<size_t>(256, kFrames - o));
+            rec.block(out.data() + 2 * o, n);
+            o += static_cast<size_t>(n);
+            if (o % 2048 < 256 && m < in.size() / 2) {
+                const int k = static_cast<int>(std::min<size_t>(1500, in.size() / 2 - m));
+                rec.micRing().push(in.data() + 2 * m, k);
+                m += static_cast<size_t>(k);
+            }
+        }
+        if (m < in.size() / 2) rec.micRing().push(in.data() + 2 * m, static_cast<int>(in.size() / 2 - m));
+        std::string error;
+        ASSERT_TRUE(rec.finish(error)) << error;
+        EXPECT_EQ(rec.framesWritten(), kFrames);
+        EXPECT_EQ(rec.framesDropped(), 0);
+    }
+    const auto take = rawTake(path);
+    ASSERT_EQ(take.size(), out.size());
+    for (size_t i = 0; i < take.size(); ++i) ASSERT_EQ(take[i], out[i] + in[2 * kLatency + i]) << "sample " << i;
+    std::remove(path.c_str());
 }
