@@ -68,7 +68,9 @@ public:
         void* m = ::mmap(nullptr, bytes, PROT_READ, MAP_SHARED, fd, 0);
         ::close(fd);
         if (m == MAP_FAILED) return false;
+        // The audio thread reads the mapping: have the range read in ahead of it.
         ::madvise(m, bytes, MADV_SEQUENTIAL);
+        ::madvise(m, bytes, MADV_WILLNEED);
         map_ = m;
         mapBytes_ = bytes;
         end_ = to;
@@ -280,7 +282,7 @@ int EngineWaveDevice::Record(uint32_t id) {
     } else {
         // Offline the limiter's delay is left out, so the take lines up with the render.
         opt.skipFrames = engine_.limiterLatency();
-        opt.micGain = mic.gain();
+        opt.level = &mic;
         if (!mic.file().empty()) {
             try {
                 opt.micFile = std::make_unique<WaveReader>(mic.file(), engine_.sampleRate());

@@ -24,15 +24,17 @@ int MicInput::onInput(void*, void* in, unsigned int frames, double, unsigned int
     unsigned int done = 0;
     while (src && done < frames) {
         const unsigned int n = std::min(frames - done, 4096u);
-        for (unsigned int i = 0; i < 2 * n; ++i) {
-            mic->scratch_[i] = src[2 * done + i] * g;
-            pk = std::max(pk, std::fabs(src[2 * done + i]));
-        }
+        const int ch = mic->channels_;
         uint64_t head = mic->meterHead_.load(std::memory_order_relaxed);
         for (unsigned int i = 0; i < n; ++i, ++head) {
-            const auto l = static_cast<uint16_t>(static_cast<int16_t>(std::clamp(src[2 * (done + i)], -1.0f, 1.0f) * 32767));
-            const auto r = static_cast<uint16_t>(static_cast<int16_t>(std::clamp(src[2 * (done + i) + 1], -1.0f, 1.0f) * 32767));
-            mic->meter_[head % kMeterFrames].store(l | (uint32_t{r} << 16), std::memory_order_relaxed);
+            const float* f = src + static_cast<size_t>(ch) * (done + i);
+            const float l = f[0], r = f[ch - 1];
+            mic->scratch_[2 * i] = l * g;
+            mic->scratch_[2 * i + 1] = r * g;
+            pk = std::max({pk, std::fabs(l), std::fabs(r)});
+            const auto l16 = static_cast<uint16_t>(static_cast<int16_t>(std::clamp(l, -1.0f, 1.0f) * 32767));
+            const auto r16 = static_cast<uint16_t>(static_cast<int16_t>(std::clamp(r, -1.0f, 1.0f) * 32767));
+            mic->meter_[head % kMeterFrames].store(l16 | (uint32_t{r16} << 16), std::memory_order_relaxed);
         }
         mic->meterHead_.store(head, std::memory_order_release);
         if (FrameRing* ring = mic->consumer_.load(std::memory_order_acquire))
@@ -66,13 +68,39 @@ void MicInput::release() {
     if (users_ > 0 && --users_ == 0) close();
 }
 
+namespace {
+const RtAudio::Api kApis[] = {RtAudio::LINUX_PULSE, RtAudio::LINUX_ALSA, RtAudio::UNIX_JACK};
+
+bool compiled(RtAudio::Api api) {
+    std::vector<RtAudio::Api> apis;
+    RtAudio::getCompiledApi(apis);
+    return std::find(apis.begin(), apis.end(), api) != apis.end();
+}
+}  // namespace
+
+std::vector<std::string> MicInput::deviceNames() {
+    std::vector<std::string> names;
+    for (RtAudio::Api api : kApis) {
+        if (!compiled(api)) continue;
+        try {
+            RtAudio rt(api);
+            rt.showWarnings(false);
+            for (unsigned int i = 0; i < rt.getDeviceCount(); ++i) {
+                const RtAudio::DeviceInfo info = rt.getDeviceInfo(i);
+                if (info.probed && info.inputChannels > 0 &&
+                    std::find(names.begin(), names.end(), info.name) == names.end())
+                    names.push_back(info.name);
+            }
+        } catch (const std::exception&) {
+        }
+    }
+    return names;
+}
+
 bool MicInput::open(std::string& error) {
-    const RtAudio::Api apis[] = {RtAudio::LINUX_PULSE, RtAudio::LINUX_ALSA, RtAudio::UNIX_JACK};
-    std::vector<RtAudio::Api> compiled;
-    RtAudio::getCompiledApi(compiled);
     error.clear();
-    for (RtAudio::Api api : apis) {
-        if (std::find(compiled.begin(), compiled.end(), api) == compiled.end()) continue;
+    for (RtAudio::Api api : kApis) {
+        if (!compiled(api)) continue;
         try {
             auto rt = std::make_unique<RtAudio>(api);
             rt->showWarnings(false);
@@ -89,12 +117,12 @@ bool MicInput::open(std::string& error) {
                         found = true;
                     }
                 }
-                if (!found) {
-                    error = "no input device named \"" + deviceName_ + "\"";
-                    continue;
-                }
+                if (!found) continue;
             }
-            params.nChannels = 2;
+            // A mono input is taken as it is and heard on both sides.
+            const unsigned int has = rt->getDeviceInfo(params.deviceId).inputChannels;
+            params.nChannels = has == 1 ? 1 : 2;
+            channels_ = static_cast<int>(params.nChannels);
             RtAudio::StreamOptions options;
             options.flags = RTAUDIO_MINIMIZE_LATENCY;
             options.streamName = "VELARO DECK microphone";
@@ -107,10 +135,12 @@ bool MicInput::open(std::string& error) {
             api_ = RtAudio::getApiName(api);
             return true;
         } catch (const std::exception& e) {
-            error = std::string(RtAudio::getApiDisplayName(api)) + ": " + e.what();
+            // The first failure says most: later systems rarely know the device at all.
+            if (error.empty()) error = std::string(RtAudio::getApiDisplayName(api)) + ": " + e.what();
         }
     }
-    if (error.empty()) error = "no input device";
+    if (error.empty())
+        error = deviceName_.empty() ? "no input device" : "no input device named \"" + deviceName_ + "\"";
     return false;
 }
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 class RtAudio;
 
@@ -27,6 +28,8 @@ public:
     bool muted() const { return mute_.load(std::memory_order_relaxed); }
     float gain() const { return muted() ? 0.0f : static_cast<float>(level()) / 100.0f; }
 
+    // The names of the capture devices that setDeviceName takes. Thread: logic.
+    static std::vector<std::string> deviceNames();
     // The capture device by name ("" the default input). Takes effect at the next open. Thread: logic.
     void setDeviceName(std::string name) { deviceName_ = std::move(name); }
     const std::string& deviceName() const { return deviceName_; }
@@ -71,6 +74,7 @@ private:
     std::atomic<FrameRing*> consumer_{nullptr};
     std::string deviceName_, file_, api_;
     int latencyMs_ = 0;
+    int channels_ = 2;  // of the open stream; set before it starts
     int users_ = 0;
     std::unique_ptr<RtAudio> rt_;
     // Each frame packed in one word, so the reader never sees half a frame.

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "mic_input.h"
 #include "wave_reader.h"
 
 namespace velaro::engine {
@@ -60,7 +61,7 @@ void TakeRecorder::block(const float* s, int frames) noexcept {
                 got = 0;
             }
         }
-        const float g = opt_.micGain;
+        const float g = opt_.level ? opt_.level->gain() : 1.0f;
         for (int i = 0; i < 2 * n; ++i) out_[i] = s[2 * done + i] + (i < 2 * got ? g * mic_[i] : 0.0f);
         write(out_.data(), static_cast<size_t>(n));
         done += n;

@@ -18,6 +18,7 @@
 
 namespace velaro::engine {
 
+class MicInput;
 class WaveReader;
 
 class TakeRecorder : public BlockListener {
@@ -26,7 +27,7 @@ public:
         bool live = false;
         int skipFrames = 0;     // output frames to leave out first (the limiter's delay, offline)
         int micSkipFrames = 0;  // input frames to leave out first (the round trip, live)
-        float micGain = 1.0f;   // offline input level (live input comes with its level applied)
+        const MicInput* level = nullptr;  // offline input level, read each block (live input comes with it applied)
         std::unique_ptr<WaveReader> micFile;  // offline input, or none
     };
     // Appends to `path`. Throws std::runtime_error when the file cannot be opened.
