@@ -14,6 +14,7 @@
 
 #include "engine/engine_platform.h"
 #include "gui/main_window.h"
+#include "gui/meter_window.h"
 #include "gui/qt_dialogs.h"
 #include "gui/qt_loop.h"
 #include "gui/silent_device.h"
@@ -75,6 +76,9 @@ int main(int argc, char** argv) {
     song::frmMain form(rt, ep.get());
     gui::MainWindow window(form);
     dialogs.setParent(&window);
+    gui::MeterWindow meter(*ep.get().meter, &window);
+    form.meterStart = [&] { meter.start(); };
+    form.meterStop = [&] { meter.stop(); };
 
     int exitCode = 0;
     form.endProgram = [&](int code) {

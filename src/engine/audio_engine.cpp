@@ -5,12 +5,14 @@
 #include <cstring>
 
 #include "audio_tap.h"
+#include "mic_input.h"
 #include "output_device.h"
 
 namespace velaro::engine {
 
 AudioEngine::AudioEngine(int sampleRate)
-    : rate_(sampleRate), left_(kMaxBlock), right_(kMaxBlock), offline_(2 * kOfflineBlock), limiter_(sampleRate) {}
+    : rate_(sampleRate), left_(kMaxBlock), right_(kMaxBlock), offline_(2 * kOfflineBlock), limiter_(sampleRate),
+      mic_(std::make_unique<MicInput>(sampleRate)) {}
 
 AudioEngine::~AudioEngine() { stopDevice(); }
 
@@ -51,6 +53,7 @@ void AudioEngine::process(float* out, int frames) noexcept {
     for (int i = 0; i < 2 * frames; ++i) pk = std::max(pk, std::fabs(out[i]));
     lastPeak_.store(pk, std::memory_order_relaxed);
     if (AudioTap* tap = tap_.load(std::memory_order_acquire)) tap->push(out, frames);
+    if (BlockListener* r = recorder_.load(std::memory_order_acquire)) r->block(out, frames);
     framesPlayed_.fetch_add(frames, std::memory_order_release);
 }
 
@@ -83,6 +86,11 @@ int64_t AudioEngine::renderTail(double maxSeconds, float floorDb) {
     }
     return done;
 }
+
+void AudioEngine::setMicLevel(int level) { mic_->setLevel(level); }
+void AudioEngine::setMicMute(bool on) { mic_->setMute(on); }
+void AudioEngine::setInputDevice(const std::string& name) { mic_->setDeviceName(name); }
+void AudioEngine::setInputLatencyMs(int ms) { mic_->setLatencyMs(ms); }
 
 bool AudioEngine::startDevice(std::string& error, int bufferFrames) {
     if (device_ && device_->running()) return true;

@@ -16,6 +16,7 @@ namespace velaro::engine {
 
 class OutputDevice;
 class AudioTap;
+class MicInput;
 
 // Something that sounds: adds its frames into the left and right buffers.
 class AudioSource {
@@ -23,6 +24,14 @@ public:
     virtual ~AudioSource() = default;
     // Thread: audio (or the offline renderer). frames <= AudioEngine::kMaxBlock.
     virtual void process(float* left, float* right, int frames) noexcept = 0;
+};
+
+// Gets every block the engine plays, after the limiter.
+class BlockListener {
+public:
+    virtual ~BlockListener() = default;
+    // Thread: audio (or the offline renderer).
+    virtual void block(const float* interleaved, int frames) noexcept = 0;
 };
 
 class AudioEngine {
@@ -65,6 +74,18 @@ public:
     // A copy of everything played goes to the tap (nullptr: none). Thread: logic.
     void setTap(AudioTap* tap) { tap_.store(tap, std::memory_order_release); }
 
+    // The take recorder hears every block played (nullptr: none). Thread: logic.
+    void setRecorder(BlockListener* r) { recorder_.store(r, std::memory_order_release); }
+    // Frames the limiter holds back. Thread: any.
+    int limiterLatency() const { return limiter_.latencyFrames(); }
+
+    // The microphone and its mixer line. Level 0 to 100. Thread: logic.
+    MicInput& mic() { return *mic_; }
+    void setMicLevel(int level);
+    void setMicMute(bool on);
+    void setInputDevice(const std::string& name);
+    void setInputLatencyMs(int ms);
+
     // The sound device. Thread: logic. False (with a reason) when none can be opened.
     bool startDevice(std::string& error, int bufferFrames = 256);
     void stopDevice();
@@ -83,9 +104,11 @@ private:
     int64_t skipFrames_ = 0;  // offline: the limiter's delay not yet passed to the sink
     std::atomic<int64_t> framesPlayed_{0};
     std::atomic<AudioTap*> tap_{nullptr};
+    std::atomic<BlockListener*> recorder_{nullptr};
     std::vector<float> left_, right_, offline_;
     Sink sink_;
     std::unique_ptr<OutputDevice> device_;
+    std::unique_ptr<MicInput> mic_;
 };
 
 }  // namespace velaro::engine

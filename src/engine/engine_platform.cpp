@@ -9,6 +9,8 @@ EnginePlatform::EnginePlatform(int sampleRate) : audio_(sampleRate), performance
     p.streams = &streams_;
     p.mp3 = &mp3_;
     p.normaliser = &normaliser_;
+    p.wave = &wave_;
+    p.meter = &meter_;
 }
 
 }  // namespace velaro::engine

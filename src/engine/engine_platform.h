@@ -6,7 +6,9 @@
 #include <memory>
 
 #include "audio_engine.h"
+#include "engine_meter_capture.h"
 #include "engine_streams.h"
+#include "engine_wave_device.h"
 #include "mp3_encoder.h"
 #include "normaliser.h"
 #include "core/platform/inert.h"
@@ -21,6 +23,7 @@ public:
     platform::Platform& get() { return inert_.get(); }
     AudioEngine& audio() { return audio_; }
     PerformanceEngine& performance() { return performance_; }
+    EngineWaveDevice& wave() { return wave_; }
 
 private:
     AudioEngine audio_;
@@ -29,6 +32,8 @@ private:
     EngineStreams streams_;
     LameMp3Encoder mp3_;
     SndfileNormaliser normaliser_;
+    EngineWaveDevice wave_{audio_};
+    EngineMeterCapture meter_{audio_.mic(), audio_.sampleRate()};
     platform::InertPlatform inert_;
 };
 

@@ -3,13 +3,9 @@
 
 #include <gtest/gtest.h>
 
-#include <signal.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
-#include <fcntl.h>
 #include <chrono>
 #include <cmath>
 #include <cstdio>
@@ -19,10 +15,9 @@
 #include "core/base/paths.h"
 #include "engine/audio_engine.h"
 #include "engine/performance_engine.h"
+#include "support/pulse_daemon.h"
 #include "support/song_bytes.h"
 #include "support/sound_bank.h"
-
-extern char** environ;
 
 using namespace velaro;
 using namespace velaro::testing;
@@ -30,58 +25,11 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool onPath(const char* tool) {
-    const char* path = std::getenv("PATH");
-    std::string p = path ? path : "/usr/bin:/bin";
-    size_t start = 0;
-    while (start <= p.size()) {
-        size_t end = p.find(':', start);
-        std::string dir = p.substr(start, end == std::string::npos ? std::string::npos : end - start);
-        if (!dir.empty() && access((dir + "/" + tool).c_str(), X_OK) == 0) return true;
-        if (end == std::string::npos) break;
-        start = end + 1;
-    }
-    return false;
-}
-
-class PulseDaemon : public ::testing::Test {
+class PulseDaemon : public velaro::testing::PulseServer {
 protected:
-    void SetUp() override {
-        if (!onPath("pulseaudio") || !onPath("parec")) GTEST_SKIP() << "pulseaudio or parec not installed";
-        // Short on purpose: a socket path must stay under 108 bytes.
-        dir_ = "/tmp/velaro-pulse-" + std::to_string(getpid());
-        fs::create_directories(dir_);
-        const std::string socket = dir_ + "/pulse.sock";
-        const std::string native = "module-native-protocol-unix auth-anonymous=1 socket=" + socket;
-        std::vector<std::string> args = {"pulseaudio", "-n", "--daemonize=no", "--exit-idle-time=-1",
-                                         "--use-pid-file=no", "-L", native, "-L", "module-null-sink",
-                                         "-L", "module-sine-source"};
-        std::vector<char*> argv;
-        for (auto& a : args) argv.push_back(a.data());
-        argv.push_back(nullptr);
-        posix_spawn_file_actions_t actions;
-        posix_spawn_file_actions_init(&actions);
-        posix_spawn_file_actions_addopen(&actions, 1, (dir_ + "/daemon.log").c_str(), O_WRONLY | O_CREAT, 0644);
-        posix_spawn_file_actions_adddup2(&actions, 1, 2);
-        ASSERT_EQ(posix_spawnp(&pid_, "pulseaudio", &actions, nullptr, argv.data(), environ), 0);
-        posix_spawn_file_actions_destroy(&actions);
-        for (int i = 0; i < 100 && !fs::exists(socket); ++i) std::this_thread::sleep_for(std::chrono::milliseconds(50));
-        ASSERT_TRUE(fs::exists(socket)) << "the daemon did not start; see " << dir_ << "/daemon.log";
-        setenv("PULSE_SERVER", ("unix:" + socket).c_str(), 1);
-    }
-    void TearDown() override {
-        if (pid_ > 0) {
-            kill(pid_, SIGTERM);
-            int status;
-            waitpid(pid_, &status, 0);
-        }
-        unsetenv("PULSE_SERVER");
-        std::error_code ec;
-        if (!dir_.empty()) fs::remove_all(dir_, ec);
-    }
     // Peak of what the null sink played during the next `seconds`.
     int monitorPeak(double seconds) {
-        const std::string raw = dir_ + "/monitor.raw";
+        const std::string raw = dir() + "/monitor.raw";
         const std::string cmd = "timeout " + std::to_string(seconds) +
                                 " parec -d null.monitor --format=s16le --channels=2 --rate=44100 > " + raw +
                                 " 2>/dev/null";
@@ -94,9 +42,6 @@ protected:
         }
         return peak;
     }
-
-    pid_t pid_ = 0;
-    std::string dir_;
 };
 
 }  // namespace

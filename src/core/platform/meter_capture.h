@@ -1,5 +1,9 @@
 #pragma once
-// Capture for the level meter: peak levels of what the capture device hears.
+// Capture for the level meter: peak levels of what the capture device hears,
+// and the raw bytes of what it heard, for the meter's own arithmetic.
+
+#include <cstdint>
+#include <vector>
 
 namespace velaro::platform {
 
@@ -10,6 +14,12 @@ public:
     virtual void Stop() = 0;
     virtual int LeftLevel() = 0;   // 0 to 100
     virtual int RightLevel() = 0;  // 0 to 100
+    // The byte layout of captured buffers: a flag of the wave format table
+    // (0x800: 44 kHz, 16 bit, stereo).
+    virtual void SetFormat(int32_t meterFormat) {}
+    // What was heard since the last call, in that layout, as bytes [start, end]
+    // of `ring`. False when nothing new came.
+    virtual bool TakeBuffer(std::vector<uint8_t>& ring, int32_t& start, int32_t& end) { return false; }
 };
 
 }  // namespace velaro::platform

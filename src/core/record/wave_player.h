@@ -24,6 +24,11 @@ public:
     std::string source;
 };
 
+// The device's text for an error: at most 1024 characters, cut at the first
+// NUL. When the caller asks for the first word it goes there and the rest is
+// the answer; otherwise the whole text is.
+std::string waveErrorText(platform::WaveDevice& device, int error, std::string* firstWord = nullptr);
+
 class WavePlayer {
 public:
     // Opens the device on a new, empty buffer.

@@ -1,0 +1,28 @@
+#pragma once
+// A private PulseAudio daemon for one test: a null sink and a sine source,
+// reached through PULSE_SERVER, stopped with the test. Skips the test when
+// the daemon or `tool` is not installed.
+
+#include <gtest/gtest.h>
+#include <sys/types.h>
+
+#include <string>
+
+namespace velaro::testing {
+
+class PulseServer : public ::testing::Test {
+protected:
+    void SetUp() override { start("parec"); }
+    void TearDown() override;
+    // Starts the daemon; the test is skipped when it or `tool` is missing.
+    void start(const char* tool);
+    const std::string& dir() const { return dir_; }
+
+private:
+    pid_t pid_ = 0;
+    std::string dir_;
+};
+
+bool onPath(const char* tool);
+
+}  // namespace velaro::testing
