@@ -22,6 +22,11 @@ const char* kUsage =
     "                       play the song with its lyric page in the terminal; at the end the\n"
     "                       sync text; --out records what was played, --sync saves the sync text.\n"
     "                       Without a sound card (or with --no-device) it runs on the virtual clock\n"
+    "  record SONG -o TAKE.wav [--mic FILE.wav] [--input NAME] [--quality ROW] [song options]\n"
+    "  record --digital --seconds N -o TAKE.wav [--mic FILE.wav] [--input NAME] [--quality ROW]\n"
+    "                       a take as the Record button makes it: what plays plus the microphone,\n"
+    "                       saved in the take format (ROW 1-11 of Wave Setup); --mic FILE.wav (or no\n"
+    "                       sound card) makes it offline with the file as the microphone\n"
     "  mp3info FILE [--json] what an MP3 file holds: MPEG facts, ID3v1 fields, Lyrics3 lyrics\n"
     "  tag FILE [--title T] [--artist A] [--album B] [--year Y] [--comment C] [--genre-pos N]\n"
     "      [--lyrics-file F | --no-lyrics]\n"
@@ -55,6 +60,7 @@ int main(int argc, char** argv) {
     try {
         if (cmd == "info") return velaro::cli::runInfo(args);
         if (cmd == "render") return velaro::cli::runRender(args);
+        if (cmd == "record") return velaro::cli::runRecord(args);
         if (cmd == "play") return velaro::cli::runPlay(args);
         if (cmd == "mp3info") return velaro::cli::runMp3Info(args);
         if (cmd == "tag") return velaro::cli::runTag(args);

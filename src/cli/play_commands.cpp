@@ -20,6 +20,7 @@
 #include "engine/engine_platform.h"
 #include "engine/wav_file.h"
 #include "song_options.h"
+#include "song_start.h"
 #include "terminal_canvas.h"
 #include "engine/audio_tap.h"
 
@@ -36,8 +37,8 @@ std::atomic<bool> interrupted{false};
 
 void onSignal(int) { interrupted.store(true); }
 
-// What the window does from start to the first press of Play: the
-// performance is made, the song opened without the dialog, the sliders set.
+}  // namespace
+
 bool openSong(song::frmMain& f, engine::EnginePlatform& ep, const SongOptions& o, std::string& error) {
     if (!fileExists(o.song)) {
         error = "cannot open " + o.song;
@@ -68,6 +69,8 @@ void applySliders(song::frmMain& f, const SongOptions& o) {
     if (o.transpose) f.vscroll1.setValue(*o.transpose);
     if (o.volume) f.Slider1.setValue(*o.volume);
 }
+
+namespace {
 
 // The command line has no Stop button: a song ends at its last event, when
 // the window's tick says so or when the song source has run out of song.

@@ -178,7 +178,8 @@ QWidget* MainWindow::buildTransport() {
         row->addWidget(w);
     }
     grid->addLayout(row, 0, 0);
-    grid->addLayout(buildEncoding(box), 2, 0);
+    grid->addLayout(buildRecording(box), 2, 0);
+    grid->addLayout(buildEncoding(box), 3, 0);
 
     seek_ = new SeekBar(f_, box);
     remember(f_.Picture4, seek_);

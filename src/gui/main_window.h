@@ -30,6 +30,8 @@ private:
     QAction* action(QMenu* menu, ui::Menu& m, bool checkable = false);
     QWidget* buildTransport();
     QLayout* buildEncoding(QWidget* box);
+    // The take: record, stop, the take's playback, the backing's play and stop, the lamp, the format list.
+    QLayout* buildRecording(QWidget* box);
     QWidget* buildControls();
     QWidget* buildChannels();
     void remember(ui::Control& c, QWidget* w);

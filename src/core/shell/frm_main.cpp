@@ -39,7 +39,6 @@ frmMain::frmMain(ui::Runtime& rt, platform::Platform& p)
                            static_cast<ui::Control*>(&SaveSyncro)})
         c->setEnabled(false);
     List3.setVisible(false);
-    for (const char* q : {"Fast", "Medium", "High"}) cmbQuality.addItem(q);
     vslidertempo.setValue(64);
     Slider1.setValue(75);
     Picture4.setWidth(6000);

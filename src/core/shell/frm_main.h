@@ -11,6 +11,7 @@
 
 #include "../platform/platform.h"
 #include "../record/main_encoding.h"
+#include "../record/main_recording.h"
 #include "../ui/common_dialog.h"
 #include "../ui/control_array.h"
 #include "../ui/canvas.h"
@@ -234,6 +235,7 @@ public:
     std::string convertedPath;
 
     record::MainEncoding encoding{*this};  // after every control and field it uses
+    record::MainRecording recording{*this};
 
     // ---- song reading ----
     void ZeroVariables();
