@@ -29,7 +29,11 @@ namespace velaro::cli {
 namespace {
 
 std::atomic<bool> stopAsked{false};
-void onStop(int) { stopAsked.store(true); }
+// The first Ctrl-C stops the take as the stop button would; a second one ends the program.
+void onStop(int sig) {
+    stopAsked.store(true);
+    std::signal(sig, SIG_DFL);
+}
 
 struct RecordOptions {
     std::string mic, input, audio;
@@ -197,8 +201,9 @@ int runRecord(const std::vector<std::string>& args) {
         const bool timeUp = r.digital && rt.loop.now() - start >= static_cast<int64_t>(r.seconds * 1000);
         if (stopAsked.load() || timeUp) f.playStopFlag = true;
     };
-    ui::Timer watcher(&f, "cliStopWatch", 10, true);
+    ui::Timer watcher(&f, "cliStopWatch", 10);
     watcher.Tick = watch;
+    watcher.setEnabled(true);
     if (!r.digital) {
         // The sliders move once the song has started, as in the window.
         rt.loop.post([&] { applySliders(f, o); });

@@ -26,7 +26,7 @@ struct Out {
 
 // `timeout` turns a command that never ends into a failure instead of a hung suite.
 Out run(const std::string& args) {
-    FILE* p = popen(("timeout 60 " + std::string(VELARO_BIN) + " " + args + " 2>&1").c_str(), "r");
+    FILE* p = popen(("timeout -k 5 60 " + std::string(VELARO_BIN) + " " + args + " 2>&1").c_str(), "r");
     Out o{-1, {}};
     char buf[4096];
     size_t n;
