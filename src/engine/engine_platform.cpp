@@ -2,13 +2,15 @@
 
 namespace velaro::engine {
 
-EnginePlatform::EnginePlatform(int sampleRate) : audio_(sampleRate), performance_(audio_) {
+EnginePlatform::EnginePlatform(int sampleRate)
+    : audio_(sampleRate), performance_(audio_), songEffects_(performance_.player(), sampleRate) {
     platform::Platform& p = inert_.get();
     p.performance = &performance_;
     p.processes = &processes_;
     p.streams = &streams_;
     p.mp3 = &mp3_;
     p.normaliser = &normaliser_;
+    p.songEffects = &songEffects_;
 }
 
 }  // namespace velaro::engine

@@ -12,6 +12,7 @@
 #include "core/platform/inert.h"
 #include "performance_engine.h"
 #include "posix_process.h"
+#include "song_effects_engine.h"
 
 namespace velaro::engine {
 
@@ -21,10 +22,12 @@ public:
     platform::Platform& get() { return inert_.get(); }
     AudioEngine& audio() { return audio_; }
     PerformanceEngine& performance() { return performance_; }
+    SongEffectsEngine& songEffects() { return songEffects_; }
 
 private:
     AudioEngine audio_;
     PerformanceEngine performance_;
+    SongEffectsEngine songEffects_;
     PosixProcess processes_;
     EngineStreams streams_;
     LameMp3Encoder mp3_;
