@@ -34,6 +34,7 @@ Effect& EffectChain::add(EffectClass c) {
 
 void EffectChain::process(float* lr, int frames) noexcept {
     if (effects_.empty()) return;
+    fresh_ = false;
     for (int i = 0; i < 2 * frames; ++i)
         if (!std::isfinite(lr[i])) lr[i] = 0.0f;
     for (auto& e : effects_) e->process(lr, frames);

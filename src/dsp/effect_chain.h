@@ -28,9 +28,12 @@ public:
     void reset() noexcept;
     // The longest silence any effect can leave before a sound it still owes.
     int longestGap() const;
+    // True until the first frame is processed: a record set now needs no glide.
+    bool fresh() const { return fresh_; }
 
 private:
     int rate_;
+    bool fresh_ = true;
     std::vector<std::unique_ptr<Effect>> effects_;
 };
 
