@@ -14,5 +14,6 @@ int runTag(const std::vector<std::string>& args);
 int runId3(const std::vector<std::string>& args);
 int runEncode(const std::vector<std::string>& args);
 int runNormalize(const std::vector<std::string>& args);
+int runFx(const std::vector<std::string>& args);
 
 }  // namespace velaro::cli

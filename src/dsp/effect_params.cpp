@@ -90,7 +90,7 @@ bool setField(EffectParams& p, std::string_view field, std::string_view value, s
             });
         },
         p);
-    if (!found) error = std::string(effectName(classOf(p))) + " has no field '" + std::string(field) + "' (" + known + ")";
+    if (!found) error = "no field '" + std::string(field) + "' (" + known + ")";
     return ok;
 }
 
