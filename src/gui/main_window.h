@@ -32,6 +32,7 @@ private:
     QLayout* buildEncoding(QWidget* box);
     QWidget* buildControls();
     QWidget* buildChannels();
+    QWidget* buildEffects(QWidget* parent);
     void remember(ui::Control& c, QWidget* w);
 
     song::frmMain& f_;
