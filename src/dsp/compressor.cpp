@@ -2,6 +2,10 @@
 
 namespace velaro::dsp {
 
+namespace {
+constexpr double kDbPerLog2 = 6.020599913279624;  // 20 log10(2)
+}
+
 Compressor::Compressor(int sampleRate) : rate_(sampleRate > 0 ? sampleRate : 44100) {
     for (DelayLine& l : line_) l.allocate(static_cast<int>(0.004 * rate_) + 4);
     gain_.setRate(static_cast<int>(rate_));
@@ -26,16 +30,17 @@ void Compressor::reset() noexcept {
 
 void Compressor::process(float* lr, int frames) noexcept {
     const double threshold = p_.fThreshold, slope = 1.0 - 1.0 / p_.fRatio;
+    const float thresholdLin = dbToGain(threshold);
     for (int i = 0; i < frames; ++i) {
         const float xL = lr[2 * i], xR = lr[2 * i + 1];
-        const double level = std::max(std::fabs(xL), std::fabs(xR));
-        const double db = level > 1e-9 ? 20 * std::log10(level) : -180.0;
-        const double want = db > threshold ? (db - threshold) * slope : 0.0;
+        // Below the threshold there is nothing to work out: no logarithm.
+        const float level = std::max(std::fabs(xL), std::fabs(xR));
+        const double want = level > thresholdLin ? (kDbPerLog2 * std::log2(level) - threshold) * slope : 0.0;
         // The wanted reduction's peaks are held and let go at the release
         // rate; the attack then smooths the way in.
         peak_ = std::max(want, release_ * peak_ + (1 - release_) * want);
         smooth_ = attack_ * smooth_ + (1 - attack_) * peak_;
-        const float g = gain_.next() * dbToGain(-smooth_);
+        const float g = gain_.next() * (smooth_ > 1e-6 ? std::exp2(static_cast<float>(-smooth_ / kDbPerLog2)) : 1.0f);
         // At least one frame late, even with no predelay: one line serves all settings.
         const float d = predelay_.next();
         const float outL = line_[0].read(d), outR = line_[1].read(d);

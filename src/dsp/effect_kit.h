@@ -36,6 +36,15 @@ private:
     float now_ = 0, target_ = 0, coeff_ = 1;
 };
 
+// sin(2 pi phase) for a phase in [0, 1), within 0.1 %: enough for an LFO.
+inline float lfoSine(double phase) {
+    // The angle over pi, -1 to 1; a parabola through the sine's zeros and
+    // peaks, then a correction of its shape.
+    const float u = static_cast<float>(phase < 0.5 ? 2 * phase : 2 * phase - 2);
+    const float y = 4 * u * (1 - std::fabs(u));
+    return 0.225f * (y * std::fabs(y) - y) + y;
+}
+
 // A ring of past samples; read(d) gives the sample d frames ago, d >= 1,
 // linear between samples.
 class DelayLine {
@@ -52,6 +61,8 @@ public:
         pos_ = (pos_ + 1) & (size_ - 1);
         buf_[pos_] = x;
     }
+    // A whole number of frames back, d >= 1: no interpolation.
+    float at(int d) const { return buf_[(pos_ - d + 1) & (size_ - 1)]; }
     // Reads before the next push: read(1) is the newest sample pushed.
     float read(float d) const {
         d = std::clamp(d, 1.0f, static_cast<float>(size_ - 2));

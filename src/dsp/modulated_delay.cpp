@@ -11,7 +11,7 @@ ModulatedDelay<P, C>::ModulatedDelay(int sampleRate, double maxDelayMs, double s
 
 template <class P, EffectClass C>
 float ModulatedDelay<P, C>::wave(int waveform, double phase) {
-    if (waveform == 1) return static_cast<float>(std::sin(2 * kPi * phase));
+    if (waveform == 1) return lfoSine(phase);
     return static_cast<float>(phase < 0.5 ? 4 * phase - 1 : 3 - 4 * phase);
 }
 

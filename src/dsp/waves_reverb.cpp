@@ -33,7 +33,10 @@ WavesReverb::WavesReverb(int sampleRate) : rate_(sampleRate > 0 ? sampleRate : 4
         lines_[i].allocate(length_[i] + 2);
         maxLength_ = std::max(maxLength_, length_[i]);
     }
-    for (int ch = 0; ch < 2; ++ch) diffuse_[ch].allocate(static_cast<int>(kDiffuseMs[ch] * rate_ / 1000) + 4);
+    for (int ch = 0; ch < 2; ++ch) {
+        diffuseLength_[ch] = std::max(1, static_cast<int>(kDiffuseMs[ch] * rate_ / 1000));
+        diffuse_[ch].allocate(diffuseLength_[ch] + 4);
+    }
     in_.setRate(static_cast<int>(rate_));
     mix_.setRate(static_cast<int>(rate_));
     time_.setRate(static_cast<int>(rate_), 50);
@@ -84,14 +87,14 @@ void WavesReverb::process(float* lr, int frames) noexcept {
         float d[2];
         for (int ch = 0; ch < 2; ++ch) {
             // Schroeder allpass: smears each click into a short burst.
-            const float delayed = diffuse_[ch].read(static_cast<float>(kDiffuseMs[ch] * rate_ / 1000));
+            const float delayed = diffuse_[ch].at(diffuseLength_[ch]);
             const float w = x[ch] + kDiffuse * delayed;
             diffuse_[ch].push(w);
             d[ch] = delayed - kDiffuse * w;
         }
         float wet[2] = {0, 0};
         for (int l = 0; l < kLines; ++l) {
-            const float out = lines_[l].read(static_cast<float>(length_[l]));
+            const float out = lines_[l].at(length_[l]);
             state_[l] = out * loss_[l] * (1 - damp_[l]) + damp_[l] * state_[l];
             v[l] = state_[l];
             wet[l & 1] += out;

@@ -28,6 +28,7 @@ private:
     std::array<float, kLines> loss_{}, damp_{}, state_{};
     int maxLength_ = 0;
     DelayLine diffuse_[2];
+    int diffuseLength_[2] = {1, 1};
     Glide in_, mix_, time_;
     float ratio_ = 0.001f;
     int countdown_ = 0;
