@@ -195,7 +195,7 @@ TEST(CompressorEffect, AttackAndReleaseTakeTheirTime) {
     for (int i = 2 * kRate; i < 4 * kRate; ++i) a[2 * i] = a[2 * i + 1] *= 0.001f;  // -60 dBFS: below
     std::vector<float> reduction;
     for (int at = 0; at < 4 * kRate; at += 32) {
-        c.process(a.data() + 2 * at, 32);
+        c.process(a.data() + 2 * at, std::min(32, 4 * kRate - at));
         reduction.push_back(c.reductionDb());
     }
     auto at = [&](int frame) { return reduction[frame / 32]; };
