@@ -294,11 +294,15 @@ QWidget* MainWindow::buildEffects(QWidget* parent) {
     grid->addWidget(list, 0, 0, 3, 1);
     record::MainEffects& fx = f_.effects;
     int at = 0;
-    for (ui::CommandButton* c : {&fx.CmdCompr, &fx.cmdecho, &fx.CmdEQ, &fx.cmdFl, &fx.cmdrev, &fx.Cmdrus}) {
+    auto button = [&](ui::CommandButton& c) {
         auto* b = new QPushButton(box);
-        bindButton(*c, b);
-        remember(*c, b);
-        grid->addWidget(b, at % 3, 1 + at / 3);
+        bindButton(c, b);
+        remember(c, b);
+        return b;
+    };
+    grid->addWidget(button(f_.cmdApply), 3, 0);
+    for (ui::CommandButton* c : {&fx.CmdCompr, &fx.cmdecho, &fx.CmdEQ, &fx.cmdFl, &fx.cmdrev, &fx.Cmdrus}) {
+        grid->addWidget(button(*c), at % 3, 1 + at / 3);
         ++at;
     }
     return box;

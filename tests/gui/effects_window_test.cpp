@@ -55,6 +55,9 @@ TEST(EffectsWindow, EchoFromTheMenuThenItsPanelChangesTheRunningEffect) {
     ASSERT_EQ(list->count(), 2);
     EXPECT_EQ(list->item(1)->text(), "Echo");
 
+    // Apply puts the chain on before Play does it again.
+    qobject_cast<QPushButton*>(window.widgetFor("cmdApply"))->click();
+    ASSERT_EQ(ep.songEffects().size(), 2);
     qobject_cast<QPushButton*>(window.widgetFor("Cmd_Play"))->click();
     spin(300);
     auto& chain = ep.songEffects();

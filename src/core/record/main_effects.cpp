@@ -67,6 +67,8 @@ MainEffects::MainEffects(song::frmMain& form)
 
     for (Choice& c : choices_) c.menu.Click = [this, &c] { menuClick(c); };
     f.lstuse.Click = [this] { lstuse_Click(); };
+    f.cmdApply.setCaption("Apply");
+    f.cmdApply.Click = [this] { cmdApply(); };
     CmdCompr.Click = [this] { buttonClick(Compressor, "Press Play or Rec"); };
     cmdecho.Click = [this] { buttonClick(Echo, "Press MidiPlay or MidiRec"); };
     CmdEQ.Click = [this] { buttonClick(ParamEQ, "Press MidiPlay or MidiRec"); };
