@@ -45,6 +45,7 @@ bench: build
 	$(BUILD)/bench/bench_sound
 	$(BUILD)/bench/bench_encode
 	$(BUILD)/bench/bench_record
+	$(BUILD)/bench/bench_effects
 
 clean:
 	rm -rf $(BUILD) $(SAN_BUILD)

@@ -41,6 +41,11 @@ const char* kUsage =
     "  normalize IN.wav -o OUT.wav [--percent P]\n"
     "                       raise the file so its peak is P% of full scale (default: the\n"
     "                       normaliser window's last percent, else 100); OUT may be IN\n"
+    "  fx IN.wav -o OUT.wav --effect NAME[:FIELD=VALUE,...] [--effect ...]\n"
+    "                       put effects on a wave file, in the order given, keeping their tail;\n"
+    "                       NAME gargle, chorus, flanger, echo, distortion, compressor, parameq,\n"
+    "                       reverb; FIELD as the effect's record names it (fWetDryMix, fLeftDelay...).\n"
+    "                       render and play take the same --effect options\n"
     "  help                 this text\n";
 
 }  // namespace
@@ -67,6 +72,7 @@ int main(int argc, char** argv) {
         if (cmd == "id3") return velaro::cli::runId3(args);
         if (cmd == "encode") return velaro::cli::runEncode(args);
         if (cmd == "normalize") return velaro::cli::runNormalize(args);
+        if (cmd == "fx") return velaro::cli::runFx(args);
     } catch (const std::exception& e) {
         std::cerr << "velaro " << cmd << ": " << e.what() << '\n';
         return 1;

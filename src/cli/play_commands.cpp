@@ -60,7 +60,10 @@ bool openSong(song::frmMain& f, engine::EnginePlatform& ep, const SongOptions& o
         error = o.song + " is not a MIDI song";
         return false;
     }
-    (void)ep;
+    // The command line's chain is the one given with --effect, nothing else:
+    // the window's own start (its compressor and panel) stays out of it.
+    f.openEffectPanels = nullptr;
+    ep.songEffects().setChain(o.effects);
     return true;
 }
 
@@ -106,7 +109,7 @@ int runRender(const std::vector<std::string>& args) {
     if (!parseSongOptions(args, true, o, error)) {
         std::cerr << "velaro render: " << error
                   << "\nusage: velaro render SONG -o OUT.wav [--bank FILE] [--tempo V] [--transpose N] "
-                     "[--volume V] [--rate HZ]\n";
+                     "[--volume V] [--rate HZ] [--effect NAME[:FIELD=VALUE,...]]...\n";
         return 2;
     }
     if (o.tempo && *o.tempo < 5) {
@@ -159,8 +162,8 @@ int runRender(const std::vector<std::string>& args) {
     // slowest tempo a song of the format's longest length takes under 4 hours.
     const bool ended = ui.loop.advanceUntil([&] { return songEnded(f, ep); }, 4LL * 3600 * 1000);
     if (!ended) std::cerr << "velaro render: the song did not end; stopped after 4 hours\n";
-    // The last notes ring out rather than stop dead.
-    ep.audio().renderTail();
+    // The last notes ring out rather than stop dead, with the chain's echoes.
+    ep.audio().renderTail(5.0, -60.0f, ep.songEffects().longestGap());
     if (!wav->close()) {
         std::cerr << "velaro render: " << wav->error() << '\n';
         return 1;
@@ -177,7 +180,7 @@ int runPlay(const std::vector<std::string>& args) {
     if (!parseSongOptions(args, false, o, error)) {
         std::cerr << "velaro play: " << error
                   << "\nusage: velaro play SONG [--out FILE.wav] [--sync FILE] [--bank FILE] [--tempo V] "
-                     "[--transpose N] [--volume V] [--no-device]\n";
+                     "[--transpose N] [--volume V] [--no-device] [--effect NAME[:FIELD=VALUE,...]]...\n";
         return 2;
     }
     engine::EnginePlatform ep(o.rate);
@@ -260,7 +263,7 @@ int runPlay(const std::vector<std::string>& args) {
             if (ep.audio().lastPeak() < floor) break;
         }
     } else {
-        ep.audio().renderTail();
+        ep.audio().renderTail(5.0, -60.0f, ep.songEffects().longestGap());
     }
     ep.audio().setTap(nullptr);
     ep.audio().stopDevice();

@@ -1,6 +1,7 @@
 #include "song_options.h"
 
 #include "arg_value.h"
+#include "effect_option.h"
 
 #include <charconv>
 #include <filesystem>
@@ -35,6 +36,11 @@ bool parseSongOptions(const std::vector<std::string>& args, bool wantOut, SongOp
             if (!value(o.sync)) return false;
         } else if (a == "--no-device") {
             o.noDevice = true;
+        } else if (a == "--effect") {
+            std::string v;
+            dsp::EffectParams p;
+            if (!value(v) || !parseEffect(v, p, error)) return false;
+            o.effects.push_back(p);
         } else if (a == "--bank") {
             if (!value(o.bank)) return false;
         } else if (a == "--tempo") {

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "dsp/effect_params.h"
+
 namespace velaro::cli {
 
 struct SongOptions {
@@ -17,6 +19,8 @@ struct SongOptions {
     int rate = 44100;
     std::string sync;        // play: where to write the sync text
     bool noDevice = false;   // play: stay off the sound card
+    // --effect NAME[:FIELD=VALUE,...], in the order given: the chain on the song.
+    std::vector<dsp::EffectParams> effects;
 };
 
 // Parses args into opts; on a usage error returns false with the reason.

@@ -73,16 +73,17 @@ void AudioEngine::render(int64_t frames) {
     }
 }
 
-int64_t AudioEngine::renderTail(double maxSeconds, float floorDb) {
+int64_t AudioEngine::renderTail(double maxSeconds, float floorDb, int64_t quietFrames) {
     const float floor = std::pow(10.0f, floorDb / 20.0f);
     const int64_t most = static_cast<int64_t>(maxSeconds * rate_);
-    int64_t done = 0;
+    int64_t done = 0, quiet = 0;
     // The limiter's delay still holds the song's last frames: they always come out.
     const int64_t held = limiter_.latencyFrames();
     while (done < most) {
         render(kOfflineBlock);
         done += kOfflineBlock;
-        if (done >= held && lastPeak() < floor) break;
+        quiet = lastPeak() < floor ? quiet + kOfflineBlock : 0;
+        if (done >= held && quiet > 0 && quiet >= quietFrames) break;
     }
     return done;
 }

@@ -62,9 +62,10 @@ public:
     using Sink = std::function<void(const float* interleaved, int frames)>;
     void setSink(Sink sink);
     void render(int64_t frames);
-    // After the end of a song: renders on while the notes ring out, until a
-    // block peaks below `floorDb` or `maxSeconds` have passed. Returns the frames rendered.
-    int64_t renderTail(double maxSeconds = 5.0, float floorDb = -60.0f);
+    // After the end of a song: renders on while the notes ring out, until the
+    // blocks have peaked below `floorDb` for `quietFrames` (an echo's gap; at
+    // least one block) or `maxSeconds` have passed. Returns the frames rendered.
+    int64_t renderTail(double maxSeconds = 5.0, float floorDb = -60.0f, int64_t quietFrames = 0);
 
     // The limiter is always on; tests turn it off to compare (it stays a delay). Thread: any.
     void setLimiterEnabled(bool on) { limiter_.setEnabled(on); }

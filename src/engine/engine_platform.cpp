@@ -2,7 +2,8 @@
 
 namespace velaro::engine {
 
-EnginePlatform::EnginePlatform(int sampleRate) : audio_(sampleRate), performance_(audio_) {
+EnginePlatform::EnginePlatform(int sampleRate)
+    : audio_(sampleRate), performance_(audio_), songEffects_(performance_.player(), sampleRate) {
     platform::Platform& p = inert_.get();
     p.performance = &performance_;
     p.processes = &processes_;
@@ -11,6 +12,7 @@ EnginePlatform::EnginePlatform(int sampleRate) : audio_(sampleRate), performance
     p.normaliser = &normaliser_;
     p.wave = &wave_;
     p.meter = &meter_;
+    p.songEffects = &songEffects_;
 }
 
 }  // namespace velaro::engine

@@ -14,6 +14,7 @@
 #include "core/platform/inert.h"
 #include "performance_engine.h"
 #include "posix_process.h"
+#include "song_effects_engine.h"
 
 namespace velaro::engine {
 
@@ -24,10 +25,12 @@ public:
     AudioEngine& audio() { return audio_; }
     PerformanceEngine& performance() { return performance_; }
     EngineWaveDevice& wave() { return wave_; }
+    SongEffectsEngine& songEffects() { return songEffects_; }
 
 private:
     AudioEngine audio_;
     PerformanceEngine performance_;
+    SongEffectsEngine songEffects_;
     PosixProcess processes_;
     EngineStreams streams_;
     LameMp3Encoder mp3_;

@@ -11,7 +11,7 @@
 namespace velaro::engine {
 
 SongPlayer::SongPlayer(int sampleRate)
-    : rate_(sampleRate), l_(AudioEngine::kMaxBlock), r_(AudioEngine::kMaxBlock) {}
+    : rate_(sampleRate), l_(AudioEngine::kMaxBlock), r_(AudioEngine::kMaxBlock), fx_(2 * AudioEngine::kMaxBlock) {}
 
 SongPlayer::~SongPlayer() = default;
 
@@ -74,6 +74,26 @@ void SongPlayer::swapSynth(Synth* synth) {
 void SongPlayer::setLevel(float level, bool now) {
     levelTarget_.store(level, std::memory_order_relaxed);
     if (now) levelNow_.store(true, std::memory_order_release);
+}
+
+void SongPlayer::setEffectChain(std::unique_ptr<dsp::EffectChain> chain) {
+    Command c;
+    c.kind = Command::Chain;
+    c.chain = chain.get();
+    c.serial = ++chainsSent_;
+    chains_.emplace_back(chainsSent_, std::move(chain));
+    push(c);
+    // Chains older than the one the audio thread last took up are out of its hands.
+    const uint64_t taken = chainTaken_.load(std::memory_order_acquire);
+    std::erase_if(chains_, [&](const auto& held) { return held.first < taken; });
+}
+
+void SongPlayer::setEffectParams(int slot, const dsp::EffectParams& p) {
+    Command c;
+    c.kind = Command::Params;
+    c.a = slot;
+    c.params = p;
+    push(c);
 }
 
 void SongPlayer::silence() noexcept {
@@ -151,6 +171,18 @@ void SongPlayer::apply(const Command& c) noexcept {
             synth_ = c.synth;
             std::memset(sounding_, 0, sizeof sounding_);
             return;
+        case Command::Chain:
+            chain_ = c.chain;
+            chainTaken_.store(c.serial, std::memory_order_release);
+            return;
+        case Command::Params:
+            if (chain_ && c.a >= 0 && c.a < chain_->size()) {
+                dsp::Effect& e = chain_->at(c.a);
+                e.setParams(c.params);
+                // Nothing has sounded through it yet: no need to glide there.
+                if (chain_->fresh()) e.reset();
+            }
+            return;
     }
 }
 
@@ -190,8 +222,15 @@ void SongPlayer::process(float* left, float* right, int frames) noexcept {
             const double until = std::max(1.0, std::ceil((boundary - pos_) / ticksPerFrame));
             if (until < n) n = static_cast<int>(until);
         }
-        if (synth_) {
-            synth_->render(l_.data(), r_.data(), n);
+        // The chain runs on when the synthesiser is silent: echoes and reverb ring out.
+        const bool effects = chain_ && chain_->size() > 0;
+        if (synth_ || effects) {
+            if (synth_) {
+                synth_->render(l_.data(), r_.data(), n);
+            } else {
+                std::fill_n(l_.data(), n, 0.0f);
+                std::fill_n(r_.data(), n, 0.0f);
+            }
             for (int i = 0; i < n; ++i) {
                 if (levelStep_ != 0.0f) {
                     level_ += levelStep_;
@@ -200,8 +239,20 @@ void SongPlayer::process(float* left, float* right, int frames) noexcept {
                         levelStep_ = 0;
                     }
                 }
-                left[done + i] += l_[i] * level_;
-                right[done + i] += r_[i] * level_;
+                if (effects) {
+                    fx_[2 * i] = l_[i] * level_;
+                    fx_[2 * i + 1] = r_[i] * level_;
+                } else {
+                    left[done + i] += l_[i] * level_;
+                    right[done + i] += r_[i] * level_;
+                }
+            }
+            if (effects) {
+                chain_->process(fx_.data(), n);
+                for (int i = 0; i < n; ++i) {
+                    left[done + i] += fx_[2 * i];
+                    right[done + i] += fx_[2 * i + 1];
+                }
             }
         }
         perf_ += n * ticksPerFrame;

@@ -5,7 +5,10 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <vector>
+
+#include "dsp/effect_chain.h"
 
 #include "audio_engine.h"
 #include "segment.h"
@@ -32,6 +35,11 @@ public:
     // level glides in over a few tens of milliseconds unless `now` is set.
     void setLevel(float level, bool now = false);
     float level() const { return levelTarget_.load(std::memory_order_relaxed); }
+    // The effect chain on the song's sound, after its level; the player keeps
+    // it and frees the one before once the audio thread has let go of it.
+    void setEffectChain(std::unique_ptr<dsp::EffectChain> chain);
+    // A new record for the effect at `slot` of the chain last set.
+    void setEffectParams(int slot, const dsp::EffectParams& p);
 
     // ---- any thread ----
     double seekTicks() const { return seek_.load(std::memory_order_acquire); }
@@ -44,13 +52,16 @@ public:
 
 private:
     struct Command {
-        enum Kind : uint8_t { Play, Stop, Midi, Transpose, Tempo, Swap } kind = Stop;
+        enum Kind : uint8_t { Play, Stop, Midi, Transpose, Tempo, Swap, Chain, Params } kind = Stop;
         const Segment* seg = nullptr;
         double start = 0;
         int channel = 0;
         int a = 0, b = 0, c = 0;
         float factor = 1;
         Synth* synth = nullptr;
+        dsp::EffectChain* chain = nullptr;
+        uint64_t serial = 0;
+        dsp::EffectParams params;
     };
     void push(const Command& c);
     void apply(const Command& c) noexcept;
@@ -74,6 +85,14 @@ private:
     std::vector<float> l_, r_;
     float level_ = 1.0f;
     float levelStep_ = 0;  // per frame while gliding
+    dsp::EffectChain* chain_ = nullptr;
+    std::vector<float> fx_;  // the song's block, interleaved, through the chain
+
+    // Logic thread: the chains handed over, each with its number; the audio
+    // thread says which number it has taken up.
+    std::vector<std::pair<uint64_t, std::unique_ptr<dsp::EffectChain>>> chains_;
+    uint64_t chainsSent_ = 0;
+    std::atomic<uint64_t> chainTaken_{0};
 
     std::atomic<float> levelTarget_{1.0f};
     std::atomic<bool> levelNow_{false};

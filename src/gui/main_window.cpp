@@ -19,6 +19,7 @@
 #include <QVBoxLayout>
 
 #include "bindings.h"
+#include "effect_panel_window.h"
 #include "form11_window.h"
 #include "form1_window.h"
 #include "record_bindings.h"
@@ -114,6 +115,11 @@ MainWindow::MainWindow(song::frmMain& form, QWidget* parent) : QMainWindow(paren
     // "Wav to Mp3" and the normaliser come and go with their forms.
     new Form1Window(f_.encoding.form1, this);
     new Form11Window(f_.encoding.form11, this);
+    // The eight effect panels come and go with their forms too.
+    record::MainEffects& fx = f_.effects;
+    for (record::EffectPanel* p : std::initializer_list<record::EffectPanel*>{
+             &fx.Waves, &fx.Flanger, &fx.Echo, &fx.Distortion, &fx.Compressor, &fx.Chorus, &fx.Gargle, &fx.ParamEQ})
+        new EffectPanelWindow(*p, this);
     // The form shows no encoder errors; the window's status line tells why an encode ended early.
     f_.encoding.MEnc1.encoderEnded = [this](const std::string& error) {
         if (!error.empty()) statusBar()->showMessage(QString::fromStdString("Encode Mp3: " + error));
@@ -264,6 +270,7 @@ QWidget* MainWindow::buildControls() {
         look->addWidget(b);
     }
     col->addLayout(look);
+    col->addWidget(buildEffects(panel));
     auto* sync = new QPlainTextEdit(panel);
     sync->setPlaceholderText("Sync text: one stamped line for each lyric line reached");
     QFont mono("monospace");
@@ -273,6 +280,33 @@ QWidget* MainWindow::buildControls() {
     remember(f_.Text2, sync);
     col->addWidget(sync, 1);
     return panel;
+}
+
+QWidget* MainWindow::buildEffects(QWidget* parent) {
+    // The chain in its order (the compressor's entry is the blank line) and
+    // the buttons that open the panels while the song plays.
+    auto* box = new QGroupBox("Effects", parent);
+    auto* grid = new QGridLayout(box);
+    auto* list = new QListWidget(box);
+    list->setMaximumHeight(110);
+    list->setToolTip("The effects in their order; a click takes one out");
+    bindList(f_.lstuse, list);
+    remember(f_.lstuse, list);
+    grid->addWidget(list, 0, 0, 3, 1);
+    record::MainEffects& fx = f_.effects;
+    int at = 0;
+    auto button = [&](ui::CommandButton& c) {
+        auto* b = new QPushButton(box);
+        bindButton(c, b);
+        remember(c, b);
+        return b;
+    };
+    grid->addWidget(button(f_.cmdApply), 3, 0);
+    for (ui::CommandButton* c : {&fx.CmdCompr, &fx.cmdecho, &fx.CmdEQ, &fx.cmdFl, &fx.cmdrev, &fx.Cmdrus}) {
+        grid->addWidget(button(*c), at % 3, 1 + at / 3);
+        ++at;
+    }
+    return box;
 }
 
 QWidget* MainWindow::buildChannels() {

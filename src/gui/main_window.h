@@ -34,6 +34,7 @@ private:
     QLayout* buildRecording(QWidget* box);
     QWidget* buildControls();
     QWidget* buildChannels();
+    QWidget* buildEffects(QWidget* parent);
     void remember(ui::Control& c, QWidget* w);
 
     song::frmMain& f_;

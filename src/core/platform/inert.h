@@ -68,12 +68,8 @@ public:
     void ChannelRemoveFX(StreamId, uint32_t) override {}
 };
 
-class InertSongEffects : public SongEffects {
-public:
-    bool SetChain(const std::vector<EffectKind>&) override { return false; }
-    EffectParams GetParams(int) override { return {}; }
-    void SetParams(int, const EffectParams&) override {}
-};
+// The song's buffer keeps its chain and records; nothing sounds.
+class InertSongEffects : public EffectBook {};
 
 class InertSoundDevices : public SoundDevices {
 public:

@@ -94,15 +94,13 @@ void MainRecording::cmdrec_Click() {
         mp3rec();
         return;
     } else {
-        call(vareff);
+        resumeNext([&] { f.effects.vareff(); });
         f.recordingActive = true;
         f.List3.setVisible(false);
         resumeNext([&] { f.dismenu(); });
         if (!f.songStoppedFlag) {
             resumeNext([&] { f.unloadOthers(); });
-            resumeNext([&] {
-                if (f.cmdApply.Click) f.cmdApply.Click();
-            });
+            // The chain goes on and the compressor's panel comes up on the song's buffer.
             resumeNext([&] {
                 if (f.openEffectPanels) f.openEffectPanels();
             });

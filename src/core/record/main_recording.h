@@ -33,10 +33,9 @@ struct MainRecording {
     // The take's device, from the start of a take to its end.
     std::unique_ptr<WavePlayer> wave;
 
-    // What the backing player and the effect buttons (their own parts) do here.
+    // What the backing player (a part of its own, still to come) does here.
     std::function<void()> VocalRemove;  // starts the audio backing
     std::function<void()> StopRemover;  // stops it
-    std::function<void()> vareff;       // disables the effect buttons during a song take
 
     // The take as the device saves it; one spelling, for a file system that tells case apart.
     std::string takePath() const;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "../platform/platform.h"
+#include "../record/main_effects.h"
 #include "../record/main_encoding.h"
 #include "../record/main_recording.h"
 #include "../ui/common_dialog.h"
@@ -335,6 +336,8 @@ public:
     std::function<void()> unloadEffectPanels;
     std::function<std::string()> showPlaylist;      // pList modally; the chosen file or ""
     std::function<void()> recorderPlay;             // PLAYERMIDI's recorder side
+
+    record::MainEffects effects{*this};  // after the hooks it fills in
 
     int wordUpperBound() const { return static_cast<int>(wordTable.size()) - 1; }
     int lineUpperBound() const { return static_cast<int>(lineTable.size()) - 1; }

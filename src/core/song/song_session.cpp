@@ -258,7 +258,7 @@ void frmMain::Cmd_Play_Click() {
         resumeNext([&] { call(unloadEffectPanels); });
         Meff.setEnabled(false);
         resumeNext([&] { dismenu(); });
-        cmdApply.setEnabled(false);
+        // The chain goes on and the compressor panel comes up.
         resumeNext([&] { call(openEffectPanels); });
         Timer.setEnabled(true);
         cmdrec.setEnabled(false);

@@ -215,6 +215,8 @@ public:
     int min() const { return min_; }
     int max() const { return max_; }
     void setRange(int min, int max);
+    int smallChange = 1;  // the arrow keys' step
+    int largeChange = 5;  // the page keys' step
     Handler Change;
     Handler Scroll;
 

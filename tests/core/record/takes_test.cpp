@@ -51,6 +51,8 @@ struct Takes : ::testing::Test {
     // Presses Record; the stop comes `stopMs` later through `stop`, the answers are queued.
     void recordFor(int64_t stopMs, std::function<void()> stop) {
         ui.loop.at(ui.loop.now() + stopMs, std::move(stop));
+        // A playback nobody asked for would wait for ever: a late stop keeps a failing test from hanging.
+        ui.loop.at(ui.loop.now() + 600000, [this] { f->recording.cmdplaystop_Click(); });
         f->cmdrec.setEnabled(true);
         f->cmdrec.userClick();
     }
@@ -83,6 +85,8 @@ TEST_F(Takes, TheDigitalRecorderSavesACopyUnderTheChosenName) {
 
 TEST_F(Takes, ASongTakeInTheChosenFormatEndsWithFatto) {
     f->setSongPath(home + "/song.Wav");  // "Wav" is not an audio extension: a song session
+    // No song is really loaded here, so the effect chain's own boxes stay out of this take.
+    f->openEffectPanels = nullptr;
     f->cmbQuality.setListIndex(5);       // 22 kHz, 16 bit, mono
     ASSERT_EQ(boxes().back(), "VELARO: Wave Setup");
     EXPECT_FALSE(f->cmbQuality.visible());
