@@ -15,6 +15,7 @@ int runId3(const std::vector<std::string>& args);
 int runEncode(const std::vector<std::string>& args);
 int runNormalize(const std::vector<std::string>& args);
 int runRecord(const std::vector<std::string>& args);
+int runCalibrate(const std::vector<std::string>& args);
 int runFx(const std::vector<std::string>& args);
 
 }  // namespace velaro::cli

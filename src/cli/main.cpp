@@ -27,6 +27,9 @@ const char* kUsage =
     "                       a take as the Record button makes it: what plays plus the microphone,\n"
     "                       saved in the take format (ROW 1-11 of Wave Setup); --mic FILE.wav (or no\n"
     "                       sound card) makes it offline with the file as the microphone\n"
+    "  calibrate [--input NAME]\n"
+    "                       measure the sound card's round trip with clicks played and heard back\n"
+    "                       (loop the output into the input); takes line the voice up by it\n"
     "  mp3info FILE [--json] what an MP3 file holds: MPEG facts, ID3v1 fields, Lyrics3 lyrics\n"
     "  tag FILE [--title T] [--artist A] [--album B] [--year Y] [--comment C] [--genre-pos N]\n"
     "      [--lyrics-file F | --no-lyrics]\n"
@@ -66,6 +69,7 @@ int main(int argc, char** argv) {
         if (cmd == "info") return velaro::cli::runInfo(args);
         if (cmd == "render") return velaro::cli::runRender(args);
         if (cmd == "record") return velaro::cli::runRecord(args);
+        if (cmd == "calibrate") return velaro::cli::runCalibrate(args);
         if (cmd == "play") return velaro::cli::runPlay(args);
         if (cmd == "mp3info") return velaro::cli::runMp3Info(args);
         if (cmd == "tag") return velaro::cli::runTag(args);

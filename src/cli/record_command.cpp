@@ -15,6 +15,7 @@
 #include <iostream>
 
 #include "arg_value.h"
+#include "calibration.h"
 #include "commands.h"
 #include "core/base/paths.h"
 #include "core/base/vb_number.h"
@@ -171,6 +172,8 @@ int runRecord(const std::vector<std::string>& args) {
 
     engine::EnginePlatform ep(o.rate);
     ep.audio().setInputDevice(r.input);
+    // The measured round trip lines the voice up with what the singer heard.
+    if (const int ms = storedLatencyMs(); ms >= 0) ep.audio().setInputLatencyMs(ms);
     // With a microphone file the take is made offline, frame for frame.
     const bool live = r.mic.empty() && !o.noDevice && ep.audio().startDevice(error);
     if (!live && r.mic.empty() && !o.noDevice)
