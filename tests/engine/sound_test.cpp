@@ -22,25 +22,6 @@ namespace {
 
 constexpr int kRate = 44100;
 
-// All 16 channels at full controller volume and expression, fortissimo
-// four-note chords on every beat, for `beats` beats at 120 BPM.
-std::string denseSong(int beats) {
-    std::string s = smfHeader(1, 16, 96);
-    for (int ch = 0; ch < 16; ++ch) {
-        std::string t = bytes({0x00, 0xC0 | ch, (ch * 7 + 16) % 128, 0x00, 0xB0 | ch, 7, 127, 0x00, 0xB0 | ch, 11, 127});
-        if (ch == 0) t = bytes({0x00}) + tempoEvent(500000) + t;
-        for (int b = 0; b < beats; ++b) {
-            const int root = ch == 9 ? 35 + b % 12 : 36 + (ch * 5 + b * 3) % 40;
-            for (int k : {0, 4, 7, 12}) t += bytes({0x00, 0x90 | ch, root + k, 127});
-            t += vlq(96);
-            for (int k : {0, 4, 7, 12}) t += bytes({0x80 | ch, root + k, 0, 0x00});
-            t.pop_back();
-        }
-        s += smfTrack(t + bytes({0x00, 0xFF, 0x2F, 0x00}));
-    }
-    return s;
-}
-
 // One piano line, a note a beat.
 std::string sparseSong(int beats, int velocity = 80, int volume = 100) {
     std::string t = bytes({0x00}) + tempoEvent(500000) + bytes({0x00, 0xC0, 0, 0x00, 0xB0, 7, volume});

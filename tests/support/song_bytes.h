@@ -18,6 +18,11 @@ std::string meta(int type, const std::string& data);
 std::string textEvent(const std::string& text);
 std::string tempoEvent(uint32_t usPerQuarter);
 
+// All 16 channels at full controller volume and expression, fortissimo
+// four-note chords on every beat for `beats` beats at 120 BPM: the loudest
+// kind of General MIDI song.
+std::string denseSong(int beats);
+
 // Writes bytes to a fresh file under the test temp folder (the name prefixed
 // with the process id) and returns its path.
 std::string writeTemp(const std::string& name, const std::string& content);

@@ -29,6 +29,21 @@ bool endsWithAudioExtension(const std::string& path) {
     return ext == "mp3" || ext == "wav" || ext == "MP3" || ext == "WAV";
 }
 
+// "Save WAVE File As", asking before an overwrite; false on cancel.
+bool askTakeName(ui::CommonDialog& dialog) {
+    dialog.DialogTitle = "Save WAVE File As";
+    dialog.Filter = "File Wave (*.wav)|*.wav";
+    dialog.Flags = 2;
+    dialog.CancelError = true;
+    dialog.FileName.clear();
+    try {
+        dialog.ShowSave();
+        return true;
+    } catch (const std::exception&) {
+        return false;
+    }
+}
+
 // A plain copy whose failure is ignored, as the old FileCopy under "errors ignored".
 void copyQuietly(const std::string& from, const std::string& to) {
     resumeNext([&] {
@@ -188,17 +203,7 @@ void MainRecording::runTake(bool audioSession) {
     }
 
     ui::CommonDialog& dialog = f.Cmdialog2;
-    dialog.DialogTitle = "Save WAVE File As";
-    dialog.Filter = "File Wave (*.wav)|*.wav";
-    dialog.Flags = 2;
-    dialog.CancelError = true;
-    dialog.FileName.clear();
-    bool cancelled = false;
-    try {
-        dialog.ShowSave();
-    } catch (const std::exception&) {
-        cancelled = true;
-    }
+    const bool cancelled = !askTakeName(dialog);
     if (cancelled) {
         f.cmdSave.setEnabled(true);
         copyQuietly(takePath(), dialog.FileName);
@@ -249,17 +254,7 @@ void MainRecording::runTake(bool audioSession) {
 
 void MainRecording::savemicro() {
     ui::CommonDialog& dialog = f.Cmdialog2;
-    dialog.DialogTitle = "Save WAVE File As";
-    dialog.Filter = "File Wave (*.wav)|*.wav";
-    dialog.Flags = 2;
-    dialog.CancelError = true;
-    dialog.FileName.clear();
-    bool cancelled = false;
-    try {
-        dialog.ShowSave();
-    } catch (const std::exception&) {
-        cancelled = true;
-    }
+    const bool cancelled = !askTakeName(dialog);
     if (cancelled) f.cmdSave.setEnabled(true);
     // After a cancel the name is empty and the copy fails without a word.
     copyQuietly(takePath(), dialog.FileName);
