@@ -200,9 +200,22 @@ int runRecord(const std::vector<std::string>& args) {
     std::signal(SIGTERM, onStop);
     // The user's hand on the stop button: Ctrl-C, or the digital recorder's length.
     const int64_t start = rt.loop.now();
+    // A song without a note, or whose length reads as zero, would never reach
+    // the window's end of song: the take ends once the song source has run
+    // out of song, or at once when there is nothing to play.
+    const engine::Segment* seg = r.digital ? nullptr : ep.performance().segment(f.dmSegment);
+    const bool silentSong = !r.digital && (!seg || !seg->hasNotes() || seg->length <= 0);
+    if (silentSong) std::cerr << "velaro record: the song has no notes; the take holds only what the input hears\n";
+    bool songWasPlaying = false;
     auto watch = [&] {
         const bool timeUp = r.digital && rt.loop.now() - start >= static_cast<int64_t>(r.seconds * 1000);
-        if (stopAsked.load() || timeUp) f.playStopFlag = true;
+        bool songOver = false;
+        if (!r.digital) {
+            const bool playing = ep.performance().player().playing();
+            songOver = silentSong || (songWasPlaying && !playing);
+            songWasPlaying = songWasPlaying || playing;
+        }
+        if (stopAsked.load() || timeUp || songOver) f.playStopFlag = true;
     };
     ui::Timer watcher(&f, "cliStopWatch", 10);
     watcher.Tick = watch;

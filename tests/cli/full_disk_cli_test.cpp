@@ -5,6 +5,7 @@
 
 #include <lame/lame.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -26,7 +27,8 @@ struct Out {
 
 // `timeout` turns a command that never ends into a failure instead of a hung suite.
 Out run(const std::string& args) {
-    FILE* p = popen(("timeout -k 5 60 " + std::string(VELARO_BIN) + " " + args + " 2>&1").c_str(), "r");
+    const std::string home = velaro::tempFolder() + "/full-disk-home-" + std::to_string(getpid());
+    FILE* p = popen(("VELARO_HOME=" + home + " timeout -k 5 60 " + std::string(VELARO_BIN) + " " + args + " 2>&1").c_str(), "r");
     Out o{-1, {}};
     char buf[4096];
     size_t n;
@@ -112,5 +114,10 @@ TEST(EmptySongs, RenderAndPlayEndAtOnce) {
         Out p = run("play " + song + " --no-device --out " + out);
         EXPECT_EQ(p.code, 0) << song << p.text;
         EXPECT_TRUE(has(p.text, "The song has no notes.")) << p.text;
+        // A take over it ends too: the second the device runs on, and no more.
+        Out t = run("record " + song + " --no-device -o " + out);
+        EXPECT_EQ(t.code, 0) << song << t.text;
+        EXPECT_TRUE(has(t.text, "the song has no notes")) << t.text;
+        EXPECT_LT(velaro::fileLength(out), 44 + 176400 * 2);
     }
 }
