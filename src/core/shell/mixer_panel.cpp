@@ -176,9 +176,16 @@ void MixerPanel::launchVolumeProgram(const char* pavucontrolTab) {
             return;
         }
     }
-    // Started beside the program, not waited for.
-    if (p.Start(program, args) < 0)
+    // Not waited for: a shell starts it in the background and ends at once, so
+    // the volume program outlives nothing of ours and leaves no zombie behind.
+    std::vector<std::string> shell = {"-c", "\"$0\" \"$@\" </dev/null >/dev/null 2>&1 &", program};
+    shell.insert(shell.end(), args.begin(), args.end());
+    const int handle = p.Start("/bin/sh", shell);
+    if (handle < 0) {
         f.rt.dialogs.msgBox(program + " could not be started.", ui::vbExclamation, "VELARO DECK");
+        return;
+    }
+    p.Wait(handle);
 }
 
 }  // namespace velaro::song

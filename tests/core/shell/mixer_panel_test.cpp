@@ -63,12 +63,18 @@ struct Streams : platform::InertAudioStreams {
 struct Launcher : platform::ProcessLauncher {
     std::vector<std::vector<std::string>> started;
     int Start(const std::string& program, const std::vector<std::string>& args) override {
-        std::vector<std::string> line = {program};
-        line.insert(line.end(), args.begin(), args.end());
-        started.push_back(line);
+        // The shell that puts the program in the background: keep what it runs.
+        EXPECT_EQ(program, "/bin/sh");
+        EXPECT_GE(args.size(), 3u);
+        if (args.size() < 3) return -1;
+        started.emplace_back(args.begin() + 2, args.end());
         return 42;
     }
-    int Wait(int) override { return 0; }
+    int Wait(int handle) override {
+        waited.push_back(handle);
+        return 0;
+    }
+    std::vector<int> waited;
 };
 
 struct MixerPanelTest : ::testing::Test {
@@ -237,6 +243,7 @@ TEST_F(MixerPanelTest, TheVolumeProgramIsPavucontrolThenAlsamixerThenABox) {
         ASSERT_EQ(launcher.started.size(), 2u);
         EXPECT_EQ(launcher.started[0], (std::vector<std::string>{path.dir + "/pavucontrol", "-t", "4"}));
         EXPECT_EQ(launcher.started[1], (std::vector<std::string>{path.dir + "/pavucontrol", "-t", "3"}));
+        EXPECT_EQ(launcher.waited, (std::vector<int>{42, 42}));  // the shells, which end at once
     }
     {
         FakePath path(home + "/bin2", {"x-terminal-emulator", "alsamixer"});
