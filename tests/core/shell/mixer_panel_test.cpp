@@ -227,14 +227,6 @@ TEST_F(MixerPanelTest, ChoosingAnInputMakesItTheRecordSource) {
     EXPECT_EQ(mixer.source, 1);
 }
 
-TEST_F(MixerPanelTest, TheSoundDriverListComesAndGoes) {
-    f->inputmenu.userClick();
-    EXPECT_TRUE(f->mixer.cmbSoundDriver.visible());
-    f->mixer.cmbSoundDriver.addItem("Monitor of Speakers");
-    f->mixer.cmbSoundDriver.setListIndex(0);
-    EXPECT_FALSE(f->mixer.cmbSoundDriver.visible());
-}
-
 TEST_F(MixerPanelTest, TheVolumeProgramIsPavucontrolThenAlsamixerThenABox) {
     {
         FakePath path(home + "/bin1", {"pavucontrol", "x-terminal-emulator", "alsamixer"});
