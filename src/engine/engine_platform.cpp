@@ -13,6 +13,9 @@ EnginePlatform::EnginePlatform(int sampleRate)
     p.wave = &wave_;
     p.meter = &meter_;
     p.songEffects = &songEffects_;
+    std::string why;
+    mixer_ = PulseMixer::connect(audio_, why);
+    if (mixer_) p.mixer = mixer_.get();
 }
 
 }  // namespace velaro::engine

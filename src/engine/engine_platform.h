@@ -14,6 +14,7 @@
 #include "core/platform/inert.h"
 #include "performance_engine.h"
 #include "posix_process.h"
+#include "pulse_mixer.h"
 #include "song_effects_engine.h"
 
 namespace velaro::engine {
@@ -37,6 +38,7 @@ private:
     SndfileNormaliser normaliser_;
     EngineWaveDevice wave_{audio_};
     EngineMeterCapture meter_{audio_.mic(), audio_.sampleRate()};
+    std::unique_ptr<PulseMixer> mixer_;  // none without a sound server: the inert one stays
     platform::InertPlatform inert_;
 };
 

@@ -26,7 +26,10 @@ public:
     void setMute(bool on) { mute_.store(on, std::memory_order_relaxed); }
     int level() const { return level_.load(std::memory_order_relaxed); }
     bool muted() const { return mute_.load(std::memory_order_relaxed); }
-    float gain() const { return muted() ? 0.0f : static_cast<float>(level()) / 100.0f; }
+    // The level the take hears the input at. The mute is the singer's own
+    // voice in the speakers (the start mutes it against feedback): a take
+    // keeps the voice whether or not the singer hears it.
+    float gain() const { return static_cast<float>(level()) / 100.0f; }
 
     // The names of the capture devices that setDeviceName takes. Thread: logic.
     static std::vector<std::string> deviceNames();

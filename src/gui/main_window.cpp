@@ -260,6 +260,7 @@ QWidget* MainWindow::buildControls() {
     grid->addWidget(pc, 2, 2);
     grid->addWidget(rv, 3, 2);
     col->addWidget(knobs);
+    col->addWidget(buildMixer(panel));
 
     // The lyric look and the sync text.
     auto* look = new QHBoxLayout;

@@ -35,6 +35,8 @@ private:
     QWidget* buildControls();
     QWidget* buildChannels();
     QWidget* buildEffects(QWidget* parent);
+    // The mixer: levels of microphone, song, backing, record source and master.
+    QWidget* buildMixer(QWidget* parent);
     void remember(ui::Control& c, QWidget* w);
 
     song::frmMain& f_;

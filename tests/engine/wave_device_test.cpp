@@ -123,8 +123,10 @@ TEST_F(WaveDevice, AnOfflineTakeIsTheRenderPlusTheMicrophoneFileFrameForFrame) {
     for (size_t i = 0; i < 2 * (4410 - lat); ++i)
         ASSERT_EQ(both[2 * first + i], rendered[2 * lat + i] + 0.5f * mic[i]) << "sample " << i;
 
-    // Muted, the take is the render alone.
+    // With the Micro level at 0 the take is the render alone. (The mute only keeps the
+    // singer's voice out of the speakers: the take hears it all the same.)
     audio.setMicMute(true);
+    audio.setMicLevel(0);
     rendered.clear();
     record(1000);
     const auto muted = rawTake(dev.takePath());

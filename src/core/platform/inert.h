@@ -122,12 +122,12 @@ public:
     void SetRecordSource(int) override {}
     int RecordVolume() override { return 0; }
     void SetRecordVolume(int) override {}
-    int MicVolume() override { return 0; }
-    void SetMicVolume(int) override {}
-    bool MicMute() override { return true; }
-    void SetMicMute(bool) override {}
+    int SelectedLine() override { return kMicLine; }
+    void SetSelectedLine(int) override {}
     int LineVolume() override { return 0; }
     void SetLineVolume(int) override {}
+    bool LineMute() override { return true; }
+    void SetLineMute(bool) override {}
 };
 
 class InertMeterCapture : public MeterCapture {

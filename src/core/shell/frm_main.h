@@ -18,6 +18,7 @@
 #include "../ui/canvas.h"
 #include "../ui/form.h"
 #include "../song/song_model.h"
+#include "mixer_panel.h"
 
 namespace velaro::song {
 
@@ -205,8 +206,6 @@ public:
     bool usingRippedTrack = false;
     int effectCount = 0;
     double calibrationFactor = 0;
-    int lineMute = 0;
-    int recordSource = 0;
     int inputLevelStored = 20;  // the input level the mixer holds: the slider shows 100 less it
     bool encoderProgressGuard = false;
     bool CdWaveLoaded = false;  // the CD window extracted a track
@@ -338,6 +337,7 @@ public:
     std::function<void()> recorderPlay;             // PLAYERMIDI's recorder side
 
     record::MainEffects effects{*this};  // after the hooks it fills in
+    MixerPanel mixer{*this};
 
     int wordUpperBound() const { return static_cast<int>(wordTable.size()) - 1; }
     int lineUpperBound() const { return static_cast<int>(lineTable.size()) - 1; }

@@ -165,7 +165,7 @@ void frmMain::Form_Load() {
             step();
         } catch (const VbError& e) {
             if (e.code() == VbErr::InvalidPropertyValue) {
-                recordSource = 0;  // the mixer has no such source: go on
+                resumeNext([&] { platform.mixer->SetRecordSource(0); });  // the mixer has no such source: go on
                 return true;
             }
             rt.dialogs.msgBox("Unanticipated error number" + std::to_string(int(e.code())) + " occurred: " + e.what(),
@@ -203,7 +203,7 @@ void frmMain::Form_Load() {
             SLDPLAYVOLUME.setRange(0, 100);
         },
         [&] { CHKPLAYMUTE.setValue(1); },
-        [&] { lineMute = 1; },
+        [&] { platform.mixer->SetLineMute(true); },
         [&] { SLDPLAYVOLUME.setValue(100 - platform.mixer->LineVolume()); },
         [&] { sldInputLevel.setValue(100 - inputLevelStored); },
         [&] {
