@@ -53,7 +53,18 @@ const Segment* PerformanceEngine::segment(platform::SegmentId id) const {
 bool PerformanceEngine::loudnessKey(platform::SegmentId id, LoudnessKey& key) const {
     auto it = segments_.find(id);
     if (it == segments_.end()) return false;
-    key = LoudnessKey{id, bankOf(it->second), channelSetup_};
+    // What the window sends that the song itself sets at its start changes
+    // nothing: such channels count as the song's own, so the measurement
+    // made when the song was opened still holds at Play.
+    ChannelSetup setup = channelSetup_;
+    const Segment& seg = *it->second.segment;
+    for (int ch = 0; ch < 16; ++ch) {
+        // A channel the song leaves alone starts at the synthesiser's own 100 and program 0.
+        const int volume = seg.firstValue(ch, 0xB0, 7), program = seg.firstValue(ch, 0xC0, -1);
+        if (setup.volume[ch] == (volume < 0 ? 100 : volume)) setup.volume[ch] = -1;
+        if (setup.program[ch] == (program < 0 ? 0 : program)) setup.program[ch] = -1;
+    }
+    key = LoudnessKey{id, bankOf(it->second), setup};
     return true;
 }
 
@@ -61,7 +72,7 @@ void PerformanceEngine::queueLoudness(platform::SegmentId id) {
     LoudnessKey key;
     if (!loudnessKey(id, key)) return;
     std::lock_guard<std::mutex> lock(loudnessMutex_);
-    if (loudnessResults_.count(key)) return;
+    if (loudnessResults_.count(key) || (loudnessBusy_ && loudnessRunning_ == key)) return;
     for (const auto& j : loudnessJobs_)
         if (j.key == key) return;
     loudnessJobs_.push_back({key, segments_.at(id).segment.get()});
@@ -76,6 +87,7 @@ void PerformanceEngine::loudnessWorker() {
         const LoudnessJob job = loudnessJobs_.front();
         loudnessJobs_.pop_front();
         loudnessBusy_ = true;
+        loudnessRunning_ = job.key;
         lock.unlock();
         double lufs;
         try {
@@ -125,6 +137,9 @@ platform::SegmentId PerformanceEngine::LoadSegment(const std::string& path) {
     auto seg = std::make_unique<Segment>();
     if (!parseSmf(readWholeFile(path), *seg)) throw VbError(VbErr::InvalidCall, "not a MIDI file: " + path);
     const int id = nextId_++;
+    // A new song starts from its own channel setup; the window re-sends its
+    // changes after opening it. (The patch file, without notes, keeps them.)
+    if (seg->hasNotes()) channelSetup_ = ChannelSetup();
     segments_[id].segment = std::move(seg);
     queueLoudness(id);
     return id;

@@ -99,6 +99,7 @@ private:
     std::map<LoudnessKey, double> loudnessResults_;
     ChannelSetup channelSetup_;  // the window's latest channel volumes and programs
     bool loudnessBusy_ = false;
+    LoudnessKey loudnessRunning_;  // the measurement under way, while busy
     bool loudnessQuit_ = false;
     std::atomic<bool> loudnessCancel_{false};
     std::atomic<platform::SegmentId> levelFollows_{0};

@@ -74,6 +74,15 @@ bool Segment::hasNotes() const {
                        [](const SeqEvent& e) { return (e.status & 0xF0) == 0x90 && e.data2 > 0; });
 }
 
+int Segment::firstValue(int channel, int status, int number) const {
+    for (const SeqEvent& e : events) {
+        if ((e.status & 0x0F) != channel || (e.status & 0xF0) != status) continue;
+        if (status == 0xC0) return e.data1;
+        if (e.data1 == number) return e.data2;
+    }
+    return -1;
+}
+
 double Segment::secondsAt(double time, double factor) const {
     if (factor <= 0) return 0;
     double us = 0;

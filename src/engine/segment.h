@@ -33,6 +33,9 @@ struct Segment {
     double usPerQuarterAt(double time) const;
     // True when some note is struck: a song of only meta events or controllers makes no sound.
     bool hasNotes() const;
+    // The first value a channel gets for a controller (status 0xB0, its number)
+    // or a program (status 0xC0, number -1); -1 when the song never sets it.
+    int firstValue(int channel, int status, int number) const;
     // Seconds from the start to `time` at the file's tempo map, played at `factor` (> 0).
     double secondsAt(double time, double factor = 1.0) const;
     // Index of the tempo point in force at `time`.

@@ -39,24 +39,22 @@ double LoudnessMeter::integrated() const {
 SongLoudness::SongLoudness() = default;
 SongLoudness::~SongLoudness() = default;
 
-Synth& SongLoudness::synthFor(const std::string& bank) {
-    auto it = synths_.find(bank);
-    if (it == synths_.end()) {
-        auto synth = std::make_unique<Synth>(kAnalysisRate);
-        if (!bank.empty()) synth->loadBank(bank);
-        it = synths_.emplace(bank, std::move(synth)).first;
-    }
-    it->second->reset();
-    return *it->second;
+std::unique_ptr<Synth> SongLoudness::synthFor(const std::string& bank) {
+    // A fresh synthesiser each time: one that has played before keeps traces
+    // (its reverb's tail among them) that would make the same song measure
+    // differently. The bank's samples come from FluidSynth's cache.
+    auto synth = std::make_unique<Synth>(kAnalysisRate);
+    if (!bank.empty()) synth->loadBank(bank);
+    return synth;
 }
 
 double SongLoudness::measure(const Segment& seg, const std::string& bank, const ChannelSetup& setup,
                              const std::atomic<bool>& cancel) {
     if (!seg.hasNotes()) return -std::numeric_limits<double>::infinity();
-    Synth& synth = synthFor(bank);
+    std::unique_ptr<Synth> synth = synthFor(bank);
     // The song source itself walks the song, so what is measured is what plays.
     SongPlayer player(kAnalysisRate);
-    player.swapSynth(&synth);
+    player.swapSynth(synth.get());
     player.play(&seg, 0);
     LoudnessMeter meter(kAnalysisRate);
     constexpr int kBlock = 1024;

@@ -62,8 +62,7 @@ public:
     static float levelFor(double lufs);
 
 private:
-    Synth& synthFor(const std::string& bank);
-    std::map<std::string, std::unique_ptr<Synth>> synths_;
+    static std::unique_ptr<Synth> synthFor(const std::string& bank);
 };
 
 }  // namespace velaro::engine

@@ -191,8 +191,8 @@ void SongPlayer::process(float* left, float* right, int frames) noexcept {
     while (commands_.pop(c)) apply(c);
     const float target = levelTarget_.load(std::memory_order_relaxed);
     if (levelNow_.exchange(false, std::memory_order_acquire)) level_ = target;
-    // About 50 ms from one level to the next: no click, no audible fade.
-    levelStep_ = level_ == target ? 0.0f : (target - level_) / (0.05f * static_cast<float>(rate_));
+    // A quarter of a second from one level to the next: no click, no jump.
+    levelStep_ = level_ == target ? 0.0f : (target - level_) / (0.25f * static_cast<float>(rate_));
 
     int done = 0;
     while (done < frames) {
