@@ -76,8 +76,9 @@ TEST_F(PulseRecord, ALiveTakeHoldsWhatTheInputHears) {
     dev.Status(id, platform::kItemLength, len);
     EXPECT_GT(len, 1000);
 
-    // Muted, the input no longer reaches the take (nothing plays, so it is silent).
-    audio.setMicMute(true);
+    // With the Micro level at 0 the input no longer reaches the take (nothing plays, so it is
+    // silent). The mute alone would not do: it only keeps the voice out of the speakers.
+    audio.setMicLevel(0);
     const size_t before = take.size();
     ASSERT_EQ(dev.Record(id), 0);
     std::this_thread::sleep_for(std::chrono::milliseconds(600));
