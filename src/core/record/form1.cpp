@@ -2,6 +2,7 @@
 
 #include "../base/vb_error.h"
 #include "bit_rates.h"
+#include "wave_file_choice.h"
 
 namespace velaro::record {
 
@@ -59,18 +60,7 @@ void Form1::Option2_Click() {
     Combo2.setVisible(true);
 }
 
-void Form1::chooseFile(bool save, ui::TextBox& into) {
-    CommonDialog1.Filter = "Wave File|*.wav";
-    CommonDialog1.FileName.clear();
-    CommonDialog1.CancelError = true;
-    try {
-        if (save) CommonDialog1.ShowSave();
-        else CommonDialog1.ShowOpen();
-    } catch (const std::exception&) {
-        return;  // a cancelled choice leaves the box as it was
-    }
-    into.setText(CommonDialog1.FileName);
-}
+void Form1::chooseFile(bool save, ui::TextBox& into) { chooseWaveFile(CommonDialog1, "Wave File|*.wav", save, into); }
 
 void Form1::Command1_Click() { chooseFile(false, Text1); }
 void Form1::Command2_Click() { chooseFile(true, Text2); }

@@ -3,6 +3,7 @@
 #include "../base/vb_error.h"
 #include "../base/vb_number.h"
 #include "bit_rates.h"
+#include "wave_file_choice.h"
 
 namespace velaro::record {
 
@@ -20,18 +21,7 @@ Form11::Form11(ui::Runtime& rt, platform::Platform& platform, std::string& norma
     norm.progress = [this](double p) { norm_Progress(p); };
 }
 
-void Form11::chooseFile(bool save, ui::TextBox& into) {
-    CommonDialog1.Filter = "Wave Audio File|*.wav";
-    CommonDialog1.FileName.clear();
-    CommonDialog1.CancelError = true;
-    try {
-        if (save) CommonDialog1.ShowSave();
-        else CommonDialog1.ShowOpen();
-    } catch (const std::exception&) {
-        return;  // a cancelled choice leaves the box as it was
-    }
-    into.setText(CommonDialog1.FileName);
-}
+void Form11::chooseFile(bool save, ui::TextBox& into) { chooseWaveFile(CommonDialog1, "Wave Audio File|*.wav", save, into); }
 
 void Form11::Command1_Click() { chooseFile(false, Text1); }
 void Form11::Command2_Click() { chooseFile(true, Text2); }

@@ -11,36 +11,18 @@
 #include "core/platform/inert.h"
 #include "core/shell/frm_main.h"
 #include "core/ui/headless.h"
-#include "support/fake_wave_device.h"
+#include "fake_wave_form.h"
 
 using namespace velaro;
 using velaro::testing::FakeWaveDevice;
 
 namespace {
 
-struct Takes : ::testing::Test {
-    ui::Headless ui;
-    platform::InertPlatform inert;
-    FakeWaveDevice wave{ui.loop};
-    platform::Platform p = [this] {
-        platform::Platform q = inert.get();
-        q.wave = &wave;
-        return q;
-    }();
-    std::string home = tempFolder() + "/velaro-takes-" + std::to_string(getpid());
-    std::unique_ptr<song::frmMain> f;
-
+struct Takes : velaro::testing::FakeWaveForm {
     void SetUp() override {
-        std::filesystem::create_directories(home);
-        setenv("VELARO_HOME", home.c_str(), 1);
-        f = std::make_unique<song::frmMain>(ui.rt, p);
+        FakeWaveForm::SetUp();
         f->load();
         ui.dialogs.clearLog();
-    }
-    void TearDown() override {
-        f.reset();
-        unsetenv("VELARO_HOME");
-        std::filesystem::remove_all(home);
     }
     std::string take() const { return RPP(home) + "newwave.wav"; }
     std::vector<std::string> boxes() const {

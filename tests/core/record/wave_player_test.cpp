@@ -15,35 +15,14 @@
 #include "core/record/wave_player.h"
 #include "core/shell/frm_main.h"
 #include "core/ui/headless.h"
-#include "support/fake_wave_device.h"
+#include "fake_wave_form.h"
 
 using namespace velaro;
 using velaro::testing::FakeWaveDevice;
 
 namespace {
 
-struct WavePlayerTest : ::testing::Test {
-    ui::Headless ui;
-    platform::InertPlatform inert;
-    FakeWaveDevice wave{ui.loop};
-    platform::Platform p = [this] {
-        platform::Platform q = inert.get();
-        q.wave = &wave;
-        return q;
-    }();
-    std::string home = tempFolder() + "/velaro-wave-" + std::to_string(getpid());
-    std::unique_ptr<song::frmMain> f;
-
-    void SetUp() override {
-        std::filesystem::create_directories(home);
-        setenv("VELARO_HOME", home.c_str(), 1);
-        f = std::make_unique<song::frmMain>(ui.rt, p);
-    }
-    void TearDown() override {
-        f.reset();
-        unsetenv("VELARO_HOME");
-        std::filesystem::remove_all(home);
-    }
+struct WavePlayerTest : velaro::testing::FakeWaveForm {
     // A take of `ms` on the virtual clock, recorded by the device alone (Record adds its second).
     void recordTake(record::WavePlayer& w, int64_t ms) {
         ASSERT_EQ(wave.Record(w.deviceId()), 0);
