@@ -11,8 +11,8 @@
 namespace velaro::engine {
 
 AudioEngine::AudioEngine(int sampleRate)
-    : rate_(sampleRate), left_(kMaxBlock), right_(kMaxBlock), offline_(2 * kOfflineBlock), limiter_(sampleRate),
-      mic_(std::make_unique<MicInput>(sampleRate)) {}
+    : rate_(sampleRate), limiter_(sampleRate), left_(kMaxBlock), right_(kMaxBlock), offline_(2 * kOfflineBlock),
+      outClock_(sampleRate), mic_(std::make_unique<MicInput>(sampleRate)) {}
 
 AudioEngine::~AudioEngine() { stopDevice(); }
 
@@ -24,6 +24,8 @@ void AudioEngine::addSource(AudioSource* source) {
 }
 
 void AudioEngine::process(float* out, int frames) noexcept {
+    const int64_t played = framesPlayed_.load(std::memory_order_relaxed);
+    outClock_.observe(played);
     const int count = sourceCount_.load(std::memory_order_acquire);
     const float gain = masterGain_.load(std::memory_order_relaxed);
     if (framesPlayed_.load(std::memory_order_relaxed) == 0) gainNow_ = gain;
@@ -53,7 +55,12 @@ void AudioEngine::process(float* out, int frames) noexcept {
     for (int i = 0; i < 2 * frames; ++i) pk = std::max(pk, std::fabs(out[i]));
     lastPeak_.store(pk, std::memory_order_relaxed);
     if (AudioTap* tap = tap_.load(std::memory_order_acquire)) tap->push(out, frames);
-    if (BlockListener* r = recorder_.load(std::memory_order_acquire)) r->block(out, frames);
+    BlockListener* r = recorder_.load(std::memory_order_acquire);
+    if (r != lastRecorder_) {
+        lastRecorder_ = r;
+        recorderStart_.store(played, std::memory_order_release);
+    }
+    if (r) r->block(out, frames);
     framesPlayed_.fetch_add(frames, std::memory_order_release);
 }
 

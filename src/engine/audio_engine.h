@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "stream_clock.h"
 #include "dsp/peak_limiter.h"
 
 namespace velaro::engine {
@@ -93,6 +94,11 @@ public:
     bool deviceRunning() const;
     // Frames the device has played; the clock of real-time runs. Thread: any.
     int64_t framesPlayed() const { return framesPlayed_.load(std::memory_order_acquire); }
+    // The output's frames on the steady clock, for lining the input up. Thread: any.
+    StreamClock& outputClock() { return outClock_; }
+    const StreamClock& outputClock() const { return outClock_; }
+    // The played frame the current recorder's first block started at. Thread: any, once it has a block.
+    int64_t recorderStartFrame() const { return recorderStart_.load(std::memory_order_acquire); }
 
 private:
     int rate_;
@@ -106,7 +112,10 @@ private:
     std::atomic<int64_t> framesPlayed_{0};
     std::atomic<AudioTap*> tap_{nullptr};
     std::atomic<BlockListener*> recorder_{nullptr};
+    BlockListener* lastRecorder_ = nullptr;  // audio thread
+    std::atomic<int64_t> recorderStart_{0};
     std::vector<float> left_, right_, offline_;
+    StreamClock outClock_;
     Sink sink_;
     std::unique_ptr<OutputDevice> device_;
     std::unique_ptr<MicInput> mic_;

@@ -279,6 +279,12 @@ int EngineWaveDevice::Record(uint32_t id) {
         if (!mic.acquire(error)) return fail(kNoInput, error);
         micHeld_ = true;
         opt.micSkipFrames = mic.latencyFrames();
+        // Fresh clocks for this take: a long-running stream's clock may have
+        // drifted from the machine's since its first callback.
+        engine_.outputClock().reset();
+        mic.clock().reset();
+        opt.engine = &engine_;
+        opt.mic = &mic;
     } else {
         // Offline the limiter's delay is left out, so the take lines up with the render.
         opt.skipFrames = engine_.limiterLatency();

@@ -102,7 +102,10 @@ LatencyResult measureRoundTrip(AudioEngine& engine, int clicks) {
     ClickSource* source = keep.back().get();
     engine.addSource(source);
 
-    // Both copies start together, as a take's do.
+    // Both copies start together, as a take's do, and the delays are told
+    // by the streams' clocks, as a take lines them up.
+    engine.outputClock().reset();
+    mic.clock().reset();
     mic.setConsumer(&in);
     engine.setRecorder(&out);
     source->arm();
@@ -114,6 +117,8 @@ LatencyResult measureRoundTrip(AudioEngine& engine, int clicks) {
         drainMono(out.ring, played);
         drainMono(in, heard);
     }
+    const int64_t offset = inputFrameOffset(engine.outputClock(), mic.clock(), rate);
+    const int64_t outStart = engine.recorderStartFrame(), inStart = mic.consumerStartFrame();
     engine.setRecorder(nullptr);
     mic.setConsumer(nullptr);
     // The audio thread may still be inside a block that holds the copies: let it pass.
@@ -127,7 +132,11 @@ LatencyResult measureRoundTrip(AudioEngine& engine, int clicks) {
     const long gap = static_cast<long>(kSpacingSeconds * rate / 2);
     const auto outs = clickOnsets(played, 0.2f, gap);
     const auto ins = loudest > 0.01f ? clickOnsets(heard, 0.3f * loudest, gap) : std::vector<long>{};
-    std::vector<long> delays = clickDelays(outs, ins, static_cast<long>(kSpacingSeconds * rate) - 1);
+    // Both on the input's frame count: a played frame p was heard as input
+    // frame p + offset when the round trip is nothing.
+    std::vector<long> outsOnInput;
+    for (long o : outs) outsOnInput.push_back(static_cast<long>(o + outStart + offset - inStart));
+    std::vector<long> delays = clickDelays(outsOnInput, ins, static_cast<long>(kSpacingSeconds * rate) - 1);
     if (delays.size() < static_cast<size_t>(std::max(3, clicks / 2))) {
         r.error = "the clicks did not come back through the input (" + std::to_string(delays.size()) + " of " +
                   std::to_string(clicks) + " heard)";

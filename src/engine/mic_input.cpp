@@ -10,7 +10,7 @@
 
 namespace velaro::engine {
 
-MicInput::MicInput(int engineRate) : rate_(engineRate) {}
+MicInput::MicInput(int engineRate) : rate_(engineRate), clock_(engineRate) {}
 
 MicInput::~MicInput() { close(); }
 
@@ -22,6 +22,7 @@ int MicInput::onInput(void*, void* in, unsigned int frames, double, unsigned int
     const float g = mic->gain();
     float pk = 0;
     unsigned int done = 0;
+    const int64_t before = mic->captured_.load(std::memory_order_relaxed);
     while (src && done < frames) {
         const unsigned int n = std::min(frames - done, 4096u);
         const int ch = mic->channels_;
@@ -37,12 +38,18 @@ int MicInput::onInput(void*, void* in, unsigned int frames, double, unsigned int
             mic->meter_[head % kMeterFrames].store(l16 | (uint32_t{r16} << 16), std::memory_order_relaxed);
         }
         mic->meterHead_.store(head, std::memory_order_release);
-        if (FrameRing* ring = mic->consumer_.load(std::memory_order_acquire))
-            ring->push(mic->scratch_, static_cast<int>(n));
+        FrameRing* ring = mic->consumer_.load(std::memory_order_acquire);
+        if (ring != mic->lastConsumer_) {
+            mic->lastConsumer_ = ring;
+            mic->consumerStart_.store(before + done, std::memory_order_release);
+        }
+        if (ring) ring->push(mic->scratch_, static_cast<int>(n));
         done += n;
     }
     mic->peak_.store(pk, std::memory_order_relaxed);
     mic->captured_.fetch_add(frames, std::memory_order_relaxed);
+    // The block's last frame has just arrived.
+    mic->clock_.observe(before + frames);
     return 0;
 }
 
@@ -129,8 +136,10 @@ bool MicInput::open(std::string& error) {
             unsigned int frames = 256;
             rt->openStream(nullptr, &params, RTAUDIO_FLOAT32, static_cast<unsigned int>(rate_), &frames,
                            reinterpret_cast<RtAudioCallback>(&MicInput::onInput), this, &options);
-            rt->startStream();
+            // Counted from the stream's first frame, which its clock is measured by.
             captured_.store(0, std::memory_order_relaxed);
+            clock_.reset();
+            rt->startStream();
             rt_ = std::move(rt);
             api_ = RtAudio::getApiName(api);
             return true;

@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "stream_clock.h"
+
 class RtAudio;
 
 namespace velaro::engine {
@@ -61,6 +63,11 @@ public:
     // the meter: copies those after `from` (at most `max`) and moves `from`
     // on. Frames older than the meter's ring are lost. Thread: one reader.
     size_t meterFrames(uint64_t& from, int16_t* leftRight, size_t max) const;
+    // The input's frames on the steady clock. Thread: any.
+    StreamClock& clock() { return clock_; }
+    const StreamClock& clock() const { return clock_; }
+    // The captured frame the current consumer's first frame was. Thread: any, once it has frames.
+    int64_t consumerStartFrame() const { return consumerStart_.load(std::memory_order_acquire); }
     uint64_t meterHead() const { return meterHead_.load(std::memory_order_acquire); }
     static constexpr size_t kMeterFrames = 8192;
 
@@ -75,6 +82,9 @@ private:
     std::atomic<float> peak_{0.0f};
     std::atomic<int64_t> captured_{0};
     std::atomic<FrameRing*> consumer_{nullptr};
+    FrameRing* lastConsumer_ = nullptr;  // capture thread
+    std::atomic<int64_t> consumerStart_{0};
+    StreamClock clock_;
     std::string deviceName_, file_, api_;
     int latencyMs_ = 0;
     int channels_ = 2;  // of the open stream; set before it starts

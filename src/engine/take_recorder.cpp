@@ -14,6 +14,11 @@ namespace {
 constexpr size_t kChunk = 4096;
 // Ten seconds of either stream may wait for the writer.
 constexpr size_t kRingFrames = 1 << 19;
+// A stream's clock is trusted after enough callbacks and, for the input,
+// a few seconds: a sound server settles an input's fragments in its first
+// seconds, and until then its blocks come late. The rings hold all of it.
+constexpr int kClockObservations = 128;
+constexpr double kInputSettleSeconds = 3.5;
 }  // namespace
 
 TakeRecorder::TakeRecorder(const std::string& path, Options options)
@@ -68,9 +73,54 @@ void TakeRecorder::block(const float* s, int frames) noexcept {
     }
 }
 
+bool TakeRecorder::align(bool last) {
+    if (aligned_) return true;
+    if (!opt_.engine || !opt_.mic) {
+        aligned_ = true;
+        return true;
+    }
+    const bool started = outRing_.available() > 0 && micRing_.available() > 0;
+    const bool trusted = opt_.engine->outputClock().observations() >= kClockObservations &&
+                         opt_.mic->clock().observations() >= kClockObservations &&
+                         micRing_.available() >= static_cast<size_t>(kInputSettleSeconds * opt_.engine->sampleRate());
+    if (!(started && trusted)) {
+        if (!last) return false;
+        // Too short a take to know: the first frames meet, less the round trip.
+        aligned_ = true;
+        shift_.store(micSkipLeft_, std::memory_order_release);
+        return true;
+    }
+    const int rate = opt_.engine->sampleRate();
+    const int64_t heard = opt_.engine->recorderStartFrame() +
+                          inputFrameOffset(opt_.engine->outputClock(), opt_.mic->clock(), rate) + opt_.micSkipFrames;
+    const int64_t skip = heard - opt_.mic->consumerStartFrame();
+    if (skip >= 0) micSkipLeft_ = skip;
+    else {
+        micSkipLeft_ = 0;
+        micPadLeft_ = -skip;
+    }
+    shift_.store(skip, std::memory_order_release);
+    aligned_ = true;
+    return true;
+}
+
 void TakeRecorder::drain(bool last) {
+    if (!align(last)) {
+        // Waiting for the clocks; only a ring about to fill forces the old way.
+        if (outRing_.available() < kRingFrames / 2) return;
+        aligned_ = true;
+    }
     for (;;) {
-        if (micSkipLeft_ > 0) micSkipLeft_ -= static_cast<int>(micRing_.skip(static_cast<size_t>(micSkipLeft_)));
+        if (micSkipLeft_ > 0) micSkipLeft_ -= static_cast<int64_t>(micRing_.skip(static_cast<size_t>(micSkipLeft_)));
+        if (micPadLeft_ > 0) {
+            // The input started after the output's first frame: those frames have no voice.
+            const size_t n = std::min<size_t>({outRing_.available(), kChunk, static_cast<size_t>(micPadLeft_)});
+            if (n == 0) return;
+            outRing_.pop(out_.data(), n);
+            write(out_.data(), n);
+            micPadLeft_ -= static_cast<int64_t>(n);
+            continue;
+        }
         const size_t outN = std::min(outRing_.available(), kChunk);
         if (outN == 0) return;
         size_t micN = micSkipLeft_ > 0 ? 0 : std::min(micRing_.available(), outN);

@@ -4,9 +4,17 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
+#include <cmath>
 #include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <thread>
+#include <vector>
 
 #include "engine/audio_engine.h"
+#include "engine/engine_wave_device.h"
 #include "engine/latency_probe.h"
 #include "support/pulse_daemon.h"
 
@@ -56,4 +64,65 @@ TEST_F(PulseLoop, SilenceOnTheInputIsNoMeasurement) {
     audio.stopDevice();
     EXPECT_FALSE(r.ok);
     EXPECT_NE(r.error.find("did not come back"), std::string::npos) << r.error;
+}
+
+namespace {
+
+// Half-millisecond clicks every 0.4 s, once armed. Thread: audio.
+class Clicks : public engine::AudioSource {
+public:
+    void process(float* left, float* right, int frames) noexcept override {
+        if (!armed.load()) return;
+        for (int i = 0; i < frames; ++i, ++at_) {
+            const long inClick = at_ % 17640;
+            if (at_ >= 4410 && inClick < 22) left[i] += right[i] += 0.7f * std::sin(float(M_PI) * inClick / 22);
+        }
+    }
+    std::atomic<bool> armed{false};
+
+private:
+    long at_ = 0;
+};
+
+}  // namespace
+
+TEST_F(PulseLoop, ALiveTakeLinesTheInputUpWithWhatPlayedAfterCalibration) {
+    ASSERT_EQ(std::system("pactl set-default-source null.monitor >/dev/null 2>&1"), 0);
+    engine::AudioEngine audio(44100);
+    std::string error;
+    ASSERT_TRUE(audio.startDevice(error)) << error;
+    const engine::LatencyResult r = engine::measureRoundTrip(audio);
+    ASSERT_TRUE(r.ok) << r.error;
+    audio.setInputLatencyMs(static_cast<int>(std::lround(r.ms)));
+
+    // The loop hears exactly what plays: in a take that lines the input up,
+    // each click and its echo fall on the same frames, one click wide; any
+    // error widens it by as much.
+    Clicks clicks;
+    audio.addSource(&clicks);
+    engine::EngineWaveDevice dev(audio);
+    uint32_t id = 0;
+    ASSERT_EQ(dev.Open("", id), 0);
+    ASSERT_EQ(dev.Record(id), 0);
+    clicks.armed = true;
+    std::this_thread::sleep_for(std::chrono::milliseconds(6000));
+    ASSERT_EQ(dev.Stop(id), 0);
+    audio.stopDevice();
+
+    std::ifstream in(dev.takePath(), std::ios::binary);
+    std::vector<char> bytes((std::istreambuf_iterator<char>(in)), {});
+    std::vector<float> mono(bytes.size() / (2 * sizeof(float)));
+    for (size_t i = 0; i < mono.size(); ++i) std::memcpy(&mono[i], bytes.data() + i * 2 * sizeof(float), sizeof(float));
+    int measured = 0;
+    for (size_t i = 0; i < mono.size(); ++i) {
+        if (std::fabs(mono[i]) < 0.1f) continue;
+        size_t end = i;
+        for (size_t j = i; j < std::min(mono.size(), i + 2000); ++j)
+            if (std::fabs(mono[j]) >= 0.1f) end = j;
+        const long error = static_cast<long>(end - i + 1) - 21;  // a lone click is 21 frames above 0.1
+        EXPECT_LE(std::abs(error), 88) << "click at frame " << i << " is off by " << error << " frames";
+        ++measured;
+        i = end + 4000;
+    }
+    EXPECT_GE(measured, 5);
 }
