@@ -2,12 +2,19 @@
 // as fast as it goes (it must stay flat: the take lives in a file), and the
 // CPU the recording path costs per second of audio (render with the recorder
 // and a microphone file, less the same render without), then the save to
-// 16-bit stereo and to 8-bit mono at 22 kHz.
+// 16-bit stereo and to 8-bit mono at 22 kHz. Then, through a private
+// PulseAudio daemon whose null sink's monitor is the input (a loop cable),
+// how far a live take's echo lands from what played after a calibration.
 
 #include <sndfile.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <thread>
 #include <cmath>
 #include <cstdio>
 #include <ctime>
@@ -18,7 +25,9 @@
 #include "core/base/paths.h"
 #include "engine/audio_engine.h"
 #include "engine/engine_wave_device.h"
+#include "engine/latency_probe.h"
 #include "engine/mic_input.h"
+#include "support/private_pulse.h"
 
 using namespace velaro;
 
@@ -36,6 +45,80 @@ struct Tones : engine::AudioSource {
         }
     }
 };
+
+// Half-millisecond clicks every 0.4 s once armed. Thread: audio.
+struct Clicks : engine::AudioSource {
+    std::atomic<bool> armed{false};
+    long at = 0;
+    void process(float* l, float* r, int frames) noexcept override {
+        if (!armed.load()) return;
+        for (int i = 0; i < frames; ++i, ++at) {
+            const long in = at % 17640;
+            if (at >= 4410 && in < 22) l[i] += r[i] += 0.7f * std::sin(3.14159265f * in / 22);
+        }
+    }
+};
+
+// A take over a loop: each click and its echo should fall on the same frames;
+// how much wider than one click they come out is the alignment error.
+void alignment() {
+    testing::PrivatePulse pulse;
+    if (const std::string why = pulse.start(); !why.empty()) {
+        std::printf("bench_record: alignment: skipped (%s)\n", why.c_str());
+        return;
+    }
+    if (std::system("pactl set-default-source null.monitor >/dev/null 2>&1") != 0) {
+        std::printf("bench_record: alignment: skipped (pactl failed)\n");
+        return;
+    }
+    engine::AudioEngine audio(kRate);
+    std::string error;
+    if (!audio.startDevice(error)) {
+        std::printf("bench_record: alignment: skipped (%s)\n", error.c_str());
+        return;
+    }
+    const engine::LatencyResult cal = engine::measureRoundTrip(audio);
+    if (!cal.ok) {
+        std::printf("bench_record: alignment: calibration failed (%s)\n", cal.error.c_str());
+        return;
+    }
+    audio.setInputLatencyMs(static_cast<int>(std::lround(cal.ms)));
+    Clicks clicks;
+    audio.addSource(&clicks);
+    std::vector<double> errors;
+    for (int take = 0; take < 3; ++take) {
+        clicks.armed = false;
+        engine::EngineWaveDevice dev(audio);
+        uint32_t id = 0;
+        if (dev.Open("", id) != 0 || dev.Record(id) != 0) break;
+        clicks.at = 0;
+        clicks.armed = true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(6000));
+        dev.Stop(id);
+        std::ifstream in(dev.takePath(), std::ios::binary);
+        std::vector<char> bytes((std::istreambuf_iterator<char>(in)), {});
+        const size_t frames = bytes.size() / 8;
+        std::vector<float> mono(frames);
+        for (size_t i = 0; i < frames; ++i) std::memcpy(&mono[i], bytes.data() + i * 8, 4);
+        for (size_t i = 0; i < frames; ++i) {
+            if (std::fabs(mono[i]) < 0.1f) continue;
+            size_t end = i;
+            for (size_t j = i; j < std::min(frames, i + 2000); ++j)
+                if (std::fabs(mono[j]) >= 0.1f) end = j;
+            errors.push_back(1000.0 * std::abs(static_cast<long>(end - i + 1) - 21) / kRate);
+            i = end + 4000;
+        }
+    }
+    audio.stopDevice();
+    if (errors.empty()) {
+        std::printf("bench_record: alignment: no clicks in the takes\n");
+        return;
+    }
+    std::sort(errors.begin(), errors.end());
+    std::printf("bench_record: alignment after calibration (round trip %.1f ms): error median %.2f ms, "
+                "highest %.2f ms over %zu clicks in 3 live takes (goal <= 2 ms)\n",
+                cal.ms, errors[errors.size() / 2], errors.back(), errors.size());
+}
 
 long rssKb() {
     std::ifstream in("/proc/self/status");
@@ -139,5 +222,6 @@ int main() {
                 "the recording path costs %.1f us per second of audio (%.0fx real time)\n",
                 without / seconds * 1e6, with / seconds * 1e6, us, us > 0 ? 1e6 / us : 0.0);
     std::remove(voice.c_str());
+    alignment();
     return 0;
 }

@@ -8,6 +8,8 @@
 
 #include <string>
 
+#include "private_pulse.h"
+
 namespace velaro::testing {
 
 class PulseServer : public ::testing::Test {
@@ -16,13 +18,10 @@ protected:
     void TearDown() override;
     // Starts the daemon; the test is skipped when it or `tool` is missing.
     void start(const char* tool);
-    const std::string& dir() const { return dir_; }
+    const std::string& dir() const { return pulse_.dir(); }
 
 private:
-    pid_t pid_ = 0;
-    std::string dir_;
+    PrivatePulse pulse_;
 };
-
-bool onPath(const char* tool);
 
 }  // namespace velaro::testing
