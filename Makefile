@@ -1,9 +1,11 @@
 # The two set-up commands: `make demo` and `make check`.
 BUILD ?= build
 SAN_BUILD ?= build-san
+FUZZ_BUILD ?= build-fuzz
+SECONDS ?= 60
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps build demo gui check check-san bench clean
+.PHONY: all deps build demo gui check check-san bench fuzz clean
 
 all: build
 
@@ -47,5 +49,11 @@ bench: build
 	$(BUILD)/bench/bench_record
 	$(BUILD)/bench/bench_effects
 
+# Every reader of outside bytes under libFuzzer (clang), SECONDS each.
+fuzz: deps
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARO_FUZZ=ON
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target fuzz_targets
+	scripts/run-fuzz $(FUZZ_BUILD) $(SECONDS)
+
 clean:
-	rm -rf $(BUILD) $(SAN_BUILD)
+	rm -rf $(BUILD) $(SAN_BUILD) $(FUZZ_BUILD)

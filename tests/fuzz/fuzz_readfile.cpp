@@ -1,6 +1,5 @@
 // libFuzzer target: any bytes through the song reader and the lyric layout check.
-// clang++ -std=c++20 -g -O1 -fsanitize=fuzzer,address,undefined -Isrc -Itests \
-//   tests/fuzz/fuzz_readfile.cpp src/core/*/*.cpp -o fuzz_readfile
+// Built by tests/fuzz/CMakeLists.txt: `make fuzz` fuzzes it, every other build replays its corpus.
 #include <cstddef>
 #include <cstdint>
 #include <string>

@@ -1,7 +1,6 @@
 // libFuzzer target: any bytes through the MP3 analysis, both ID3v1 readers
 // and one save of the tags.
-// clang++ -std=c++20 -g -O1 -fsanitize=fuzzer,address,undefined -Isrc \
-//   tests/fuzz/fuzz_tags.cpp src/core/*/*.cpp -o fuzz_tags
+// Built by tests/fuzz/CMakeLists.txt: `make fuzz` fuzzes it, every other build replays its corpus.
 #include <cstddef>
 #include <cstdint>
 #include <string>
