@@ -1,5 +1,7 @@
 #include "mic_input.h"
 
+#include "audio_thread_guard.h"
+
 #include <rtaudio/RtAudio.h>
 
 #include <algorithm>
@@ -18,6 +20,7 @@ void MicInput::setLevel(int level) { level_.store(std::clamp(level, 0, 100), std
 
 int MicInput::onInput(void*, void* in, unsigned int frames, double, unsigned int, void* self) {
     auto* mic = static_cast<MicInput*>(self);
+    AudioCallbackScope scope;
     const auto* src = static_cast<const float*>(in);
     const float g = mic->gain();
     float pk = 0;

@@ -1,10 +1,13 @@
 #include "output_device.h"
 
+#include "audio_thread_guard.h"
+
 #include <alsa/asoundlib.h>
 #include <rtaudio/RtAudio.h>
 
 #include <algorithm>
 #include <cstring>
+#include <optional>
 
 namespace velaro::engine {
 
@@ -20,6 +23,14 @@ OutputDevice::~OutputDevice() { close(); }
 
 int OutputDevice::onAudio(void* out, void*, unsigned int frames, double, unsigned int, void* self) {
     auto* dev = static_cast<OutputDevice*>(self);
+    // FluidSynth renders inside an OpenMP parallel region, and OpenMP sets up
+    // a thread's state (allocating) the first time the thread enters one: the
+    // first callback on a device thread is left unguarded for that.
+    static thread_local int calls = 0;
+    const bool guarded = calls > 0;
+    calls = 1;
+    std::optional<AudioCallbackScope> scope;
+    if (guarded) scope.emplace();
     dev->cb_(static_cast<float*>(out), static_cast<int>(frames));
     return 0;
 }

@@ -43,6 +43,9 @@ Synth::Synth(int sampleRate, int polyphony) {
     // Only one thread at a time ever calls it, so its own lock is not needed
     // and must not be taken on the audio thread.
     fluid_settings_setint(settings_.get(), "synth.threadsafe-api", 0);
+    // One core: the library's parallel rendering would start a thread team
+    // (allocating) from inside the audio callback.
+    fluid_settings_setint(settings_.get(), "synth.cpu-cores", 1);
     // The synthesiser's own resting gain: the song's level is set after a
     // measurement of its loudness, and the master bus has a limiter.
     fluid_settings_setnum(settings_.get(), "synth.gain", 0.2);
