@@ -168,8 +168,14 @@ bool FfmpegWmaEncoder::EncodeSetTag(uint32_t handle, const std::string& tag, con
     if (!f) return false;
     if (tag.empty() && text.empty()) return true;  // the end of the tag set: the header goes with the first samples
     if (f->headerWritten) return false;
+    // The five fields of the content description object go there under the muxer's
+    // names; the WM/ names go as they are into the extended description.
+    static const std::map<std::string, std::string> described = {
+        {"Title", "title"}, {"Author", "author"}, {"Copyright", "copyright"}, {"Description", "comment"}, {"Rating", "rating"}};
+    const auto it = described.find(tag);
+    const std::string key = it == described.end() ? tag : it->second;
     // Tags are kept as typed (Windows-1252); the file holds Unicode.
-    av_dict_set(&f->oc->metadata, tag.c_str(), cp1252ToUtf8(text).c_str(), 0);
+    av_dict_set(&f->oc->metadata, key.c_str(), cp1252ToUtf8(text).c_str(), 0);
     return true;
 }
 
