@@ -10,7 +10,8 @@
 namespace velaro::engine {
 
 namespace {
-constexpr int kRingFrames = 44100 * 4;  // four seconds: short tracks play from memory
+constexpr int kRingFrames = 44100 * 4;    // four seconds of slack against a slow drive
+constexpr int kPrefillFrames = 44100;     // read before play starts: a short track plays whole from memory
 constexpr int kChunkFrames = 588 * 4;   // four sectors per read
 }  // namespace
 
@@ -50,7 +51,7 @@ bool CdDeck::readSome() {
 void CdDeck::start() {
     halt();
     quit_ = false;
-    while (readSome()) {
+    while (ring_.available() < static_cast<size_t>(kPrefillFrames) && readSome()) {
     }
     thread_ = std::thread([this] { readerLoop(); });
 }

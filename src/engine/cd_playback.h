@@ -23,7 +23,7 @@ public:
     explicit CdDeck(std::unique_ptr<CdSectorReader> reader, int sampleRate);
     ~CdDeck();
 
-    // Thread: logic. Fills the ring first, so that a short track plays whole
+    // Thread: logic. Reads a second ahead, so that a short track plays whole
     // from memory, then starts the reader thread.
     void start();
     // Thread: logic. Ends the reader thread.

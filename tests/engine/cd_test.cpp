@@ -135,6 +135,35 @@ TEST(CdImage, NoDriveAndNoDisc) {
     EXPECT_EQ(w2.w->lstTracks.listCount(), 0);
 }
 
+TEST(CdImage, JunkImagesAreNoDisc) {
+    const std::string dir = testDir("junk");
+    uint32_t x = 12345;
+    for (const char* name : {"a.cue", "b.nrg", "c.toc", "d.bin"}) {
+        std::string bytes;
+        for (int i = 0; i < 5000; ++i) bytes += static_cast<char>((x = x * 1103515245 + 12345) >> 24);
+        writeWholeFile(dir + "/" + name, bytes);
+    }
+    writeWholeFile(dir + "/e.cue", "FILE \"d.bin\" BINARY\r\n  TRACK 01 AUDIO\r\n    INDEX 01 99:99:99\r\nTITLE\r\n");
+    engine::EngineCdLibrary cd(nullptr, false);
+    for (const char* name : {"a.cue", "b.nrg", "c.toc", "d.bin", "e.cue"}) cd.addDrive(dir + "/" + name);
+    Window win(cd);
+    for (int i = 0; i < 5; ++i) {
+        win.w->cmbCDDrives.setListIndex(i);
+        // Random bytes are no disc; the odd sheet may give what its file holds, nothing more.
+        if (i < 4) EXPECT_EQ(win.w->lstTracks.listCount(), 0) << i;
+        for (int t = 0; t < 3; ++t) {
+            const auto s = cd.StreamCreate(i, t, platform::kCdStreamDecode);
+            if (i < 4) EXPECT_EQ(s, 0u);
+            if (!s) continue;
+            EXPECT_LE(cd.StreamGetLength(s), 5000);
+            uint8_t buf[20000];
+            while (cd.ChannelIsActive(s) && cd.ChannelGetData(s, buf, sizeof buf) > 0) {
+            }
+            cd.StreamFree(s);
+        }
+    }
+}
+
 TEST(CdImage, RippedWaveHoldsTheImagesBytesAfterTheHeader) {
     const ImageDisc disc = textDisc();
     const std::string dir = testDir("rip");
