@@ -133,6 +133,8 @@ void frmDemo::routineFailed(const std::exception& e, const char* routine) {
 
 void frmDemo::Form_Load() {
     KILLTRACK();
+    if (platform_.streams && platform_.streams->GetVersion() != platform::kStreamsVersion)
+        rt.dialogs.msgBox("BASS version 2.1 was not loaded", ui::vbCritical, "Bass.Dll");
     std::string description;
     for (int i = 0; cd_.GetDriveDescription(i, description); ++i) {
         cmbCDDrives.addItem(std::string(1, static_cast<char>('A' + cd_.GetDriveLetter(i))) + ": " + description);

@@ -238,6 +238,17 @@ TEST_F(Ripper, ListsTheDriveItsFlagsAndTracksWithoutCdText) {
     EXPECT_TRUE(boxes().empty());
 }
 
+TEST_F(Ripper, AWrongStreamLibraryIsToldAndTheWindowCarriesOn) {
+    struct OldStreams : platform::InertAudioStreams {
+        uint32_t GetVersion() override { return 2; }
+    } old;
+    inert.get().streams = &old;
+    open();
+    EXPECT_EQ(boxes(), (std::vector<std::string>{"Bass.Dll|BASS version 2.1 was not loaded"}));
+    EXPECT_EQ(ui.dialogs.messageBoxes()[0].style, ui::vbCritical);
+    EXPECT_EQ(w->lstTracks.listCount(), 3);
+}
+
 TEST_F(Ripper, NoDriveNoDiscAndABadTrack) {
     cd.hasDrive = false;
     open();
