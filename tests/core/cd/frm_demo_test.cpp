@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <map>
+#include <optional>
 
 #include "core/base/paths.h"
 #include "core/cd/frm_demo.h"
@@ -192,13 +193,18 @@ struct Ripper : ::testing::Test {
         home = std::string(std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") + "/ripper-home-" +
                ::testing::UnitTest::GetInstance()->current_test_info()->name();
         std::filesystem::remove_all(home);
+        if (const char* old = std::getenv("VELARO_HOME")) oldHome = old;
         setenv("VELARO_HOME", home.c_str(), 1);
         inert.get().cd = &cd;
         inert.get().wma = &wma;
         cd.lengths = {176400 * 3, 176400 * 2 + 2352, 2352 * 10};
         main = std::make_unique<song::frmMain>(ui.rt, inert.get());
     }
-    void TearDown() override { unsetenv("VELARO_HOME"); }
+    void TearDown() override {
+        if (oldHome) setenv("VELARO_HOME", oldHome->c_str(), 1);
+        else unsetenv("VELARO_HOME");
+    }
+    std::optional<std::string> oldHome;
     void open() {
         w = std::make_unique<cd::frmDemo>(ui.rt, inert.get(), main.get());
         w->load();
