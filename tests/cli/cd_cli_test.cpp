@@ -23,9 +23,12 @@ struct CliRun {
     std::string out, err;
 };
 
+// Tests run side by side in processes of their own: each has its own folder.
+std::string testName() { return ::testing::UnitTest::GetInstance()->current_test_info()->name(); }
+
 CliRun run(const std::string& args) {
     CliRun r;
-    const std::string errFile = velaro::tempFolder() + "/cd-cli-stderr.txt";
+    const std::string errFile = velaro::tempFolder() + "/cd-cli-" + testName() + "-stderr.txt";
     const std::string cmd = "timeout -k 5 60 " + std::string(VELARO_BIN) + " " + args + " 2>" + errFile;
     FILE* p = popen(cmd.c_str(), "r");
     if (!p) return r;
@@ -43,7 +46,7 @@ struct CdCli : ::testing::Test {
     vt::ImageDisc disc;
     std::string cue;
     void SetUp() override {
-        dir = velaro::tempFolder() + "/cd-cli";
+        dir = velaro::tempFolder() + "/cd-cli-" + testName();
         std::filesystem::remove_all(dir);
         std::filesystem::create_directories(dir);
         disc.cdText = true;

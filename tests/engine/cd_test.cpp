@@ -34,7 +34,9 @@ using vt::ImageTrack;
 namespace {
 
 std::string testDir(const std::string& name) {
-    const std::string dir = std::string(std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") + "/cd-" + name;
+    // Tests run side by side in processes of their own: the test's name keeps folders apart.
+    const std::string dir = std::string(std::getenv("TMPDIR") ? std::getenv("TMPDIR") : "/tmp") + "/cd-" + name + "-" +
+                            ::testing::UnitTest::GetInstance()->current_test_info()->name();
     std::filesystem::remove_all(dir);
     std::filesystem::create_directories(dir);
     return dir;
