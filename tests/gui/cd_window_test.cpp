@@ -34,6 +34,11 @@ TEST(CdWindow, RipsATrackThatTheMainWindowTakesAsItsBacking) {
     disc.performer = "Band";
     disc.tracks = {{75 * 2, false, "First", "Ann"}, {75 * 3 + 1, false, "Second", "Bob"}};
     const std::string cue = velaro::testing::writeImage(dir, "disc", disc);
+    // A hand-over clears the take in the application folder: this test keeps a folder of
+    // its own, apart from the other window tests running beside it.
+    const char* oldHome = std::getenv("VELARO_HOME");
+    const std::string keepHome = oldHome ? oldHome : "";
+    setenv("VELARO_HOME", (dir + "/home").c_str(), 1);
 
     gui::QtLoop loop;
     ui::ScriptedDialogs dialogs;
@@ -87,4 +92,6 @@ TEST(CdWindow, RipsATrackThatTheMainWindowTakesAsItsBacking) {
     EXPECT_EQ(form.LabelSongLength.caption(), "    From CdAudio TRACK2");
     EXPECT_TRUE(form.Cmdplw.visible() && form.Cmdplw.enabled());
     EXPECT_FALSE(form.Cmd_Play.enabled());
+    if (oldHome) setenv("VELARO_HOME", keepHome.c_str(), 1);
+    else unsetenv("VELARO_HOME");
 }
