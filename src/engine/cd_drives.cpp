@@ -198,13 +198,12 @@ int64_t EngineCdLibrary::GetTrackLength(int i, int track) {
         error_ = platform::kCdErrorNotAudio;
         return -1;
     }
-    const lsn_t start = cdio_get_track_lsn(cdio, t);
-    const lsn_t last = cdio_get_track_last_lsn(cdio, t);
-    if (start == CDIO_INVALID_LSN || last == CDIO_INVALID_LSN || last < start) {
+    const int32_t sectors = audioTrackSectors(cdio, t);
+    if (sectors <= 0) {
         error_ = platform::kCdErrorTrack;
         return -1;
     }
-    return static_cast<int64_t>(last - start + 1) * CDIO_CD_FRAMESIZE_RAW;
+    return static_cast<int64_t>(sectors) * CDIO_CD_FRAMESIZE_RAW;
 }
 
 bool EngineCdLibrary::GetID(int i, int id, std::string& block) {

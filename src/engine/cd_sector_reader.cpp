@@ -44,6 +44,24 @@ CdIo_t* openCdSource(const std::string& source) {
     return cdio_open(source.c_str(), DRIVER_DEVICE);
 }
 
+int32_t audioTrackSectors(CdIo_t* cdio, track_t t, lsn_t* start) {
+    if (cdio_get_track_format(cdio, t) != TRACK_FORMAT_AUDIO) return 0;
+    const lsn_t first = cdio_get_track_lsn(cdio, t);
+    lsn_t last = cdio_get_track_last_lsn(cdio, t);
+    if (first == CDIO_INVALID_LSN || last == CDIO_INVALID_LSN || last < first) return 0;
+    const track_t next = static_cast<track_t>(t + 1);
+    const track_t lastTrack = cdio_get_last_track_num(cdio);
+    if (lastTrack != CDIO_INVALID_TRACK && next <= lastTrack && cdio_get_track_format(cdio, next) != TRACK_FORMAT_AUDIO) {
+        lsn_t session = 0;
+        const lsn_t nextStart = cdio_get_track_lsn(cdio, next);
+        if (cdio_get_last_session(cdio, &session) == DRIVER_OP_SUCCESS && session > first && nextStart >= session &&
+            last - 11400 >= first)
+            last -= 11400;
+    }
+    if (start) *start = first;
+    return last - first + 1;
+}
+
 CdSectorReader::~CdSectorReader() {
     if (paranoia_) cdio_paranoia_free(paranoia_);
     // The drive handle owns nothing of ours; the cdio handle is closed apart.
@@ -72,13 +90,11 @@ bool CdSectorReader::open(const std::string& source, int track, int& error) {
         error = platform::kCdErrorNotAudio;
         return false;
     }
-    first_ = cdio_get_track_lsn(cdio_, t);
-    const lsn_t last = cdio_get_track_last_lsn(cdio_, t);
-    if (first_ == CDIO_INVALID_LSN || last == CDIO_INVALID_LSN || last < first_) {
+    sectors_ = audioTrackSectors(cdio_, t, &first_);
+    if (sectors_ <= 0) {
         error = platform::kCdErrorTrack;
         return false;
     }
-    sectors_ = last - first_ + 1;
     drive_ = cdio_cddap_identify_cdio(cdio_, CDDA_MESSAGE_FORGETIT, nullptr);
     if (!drive_ || cdio_cddap_open(drive_) != 0) {
         error = platform::kCdErrorDevice;

@@ -41,6 +41,11 @@ private:
     bool failed_ = false;
 };
 
+// Sectors of audio in track `t`; 0 when it is no audio track or can't be read.
+// An audio track followed by a data track of a later session (an enhanced CD)
+// ends 11400 sectors before that track: the gap between the sessions is no audio.
+int32_t audioTrackSectors(CdIo_t* cdio, track_t t, lsn_t* start = nullptr);
+
 // Opens a drive or an image: by extension for images, else as a device.
 CdIo_t* openCdSource(const std::string& source);
 bool isCdImage(const std::string& source);
