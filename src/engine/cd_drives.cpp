@@ -17,14 +17,12 @@ namespace {
 
 bool validUtf8(const std::string& s) {
     size_t i = 0;
-    bool wide = false;
     while (i < s.size()) {
         const auto c = static_cast<unsigned char>(s[i]);
         int n = c < 0x80 ? 0 : (c >> 5) == 6 ? 1 : (c >> 4) == 14 ? 2 : (c >> 3) == 30 ? 3 : -1;
         if (n < 0 || i + n >= s.size() + (n == 0 ? 1 : 0)) return false;
         for (int k = 1; k <= n; ++k)
             if ((static_cast<unsigned char>(s[i + k]) >> 6) != 2) return false;
-        wide |= n > 0;
         i += n + 1;
     }
     return true;
