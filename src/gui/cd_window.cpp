@@ -108,7 +108,14 @@ CdWindow::CdWindow(cd::frmDemo& f, QWidget* parent) : FormWindow(f, parent), f_(
     auto* position = slider(f.SliderPosition, Qt::Horizontal, this);
     // Holding the thumb keeps the timer from moving it under the mouse.
     QObject::connect(position, &QSlider::sliderPressed, this, [&f] { f.seekDragging = true; });
-    QObject::connect(position, &QSlider::sliderReleased, this, [&f] { f.seekDragging = false; });
+    // The user's moves are the slider's Scroll: a drag seeks once, where it is let go.
+    QObject::connect(position, &QSlider::sliderReleased, this, [&f] {
+        f.seekDragging = false;
+        if (f.SliderPosition.Scroll) f.SliderPosition.Scroll();
+    });
+    QObject::connect(position, &QSlider::valueChanged, this, [&f, position] {
+        if (!position->isSliderDown() && f.SliderPosition.Scroll) f.SliderPosition.Scroll();
+    });
     posRow->addWidget(position, 1);
     auto* where = new QLabel(this);
     where->setMinimumWidth(110);
