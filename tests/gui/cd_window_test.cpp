@@ -8,6 +8,7 @@
 #include <QElapsedTimer>
 #include <QListWidget>
 #include <QPushButton>
+#include <QSlider>
 #include <QTimer>
 
 #include <cstdlib>
@@ -55,6 +56,7 @@ TEST(CdWindow, RipsATrackThatTheMainWindowTakesAsItsBacking) {
     // The machine's own drives come first; the image is the last entry.
     std::vector<std::string> rows;
     bool shown = false;
+    double seekedTo = -1;
     QTimer::singleShot(50, [&] {
         shown = cdWindow.isVisible();
         ripper.cmbCDDrives.setListIndex(ripper.cmbCDDrives.listCount() - 1);
@@ -68,6 +70,12 @@ TEST(CdWindow, RipsATrackThatTheMainWindowTakesAsItsBacking) {
         ripper.Cmdbutton(9).userClick();
         ripper.optExtractMode(0).userClick();
         emit lists[0]->itemClicked(lists[0]->item(1));  // a click plays the track and allows extraction
+        // Moving the position slider seeks in the playing track.
+        auto sliders = cdWindow.findChildren<QSlider*>();
+        ASSERT_FALSE(sliders.empty());
+        sliders[0]->setValue(5000);
+        const int64_t length = ep.cd().StreamGetLength(ripper.cdStream);
+        seekedTo = static_cast<double>(ep.cd().ChannelGetPosition(ripper.cdStream)) / static_cast<double>(length);
         QPushButton* extract = nullptr;
         for (auto* b : cdWindow.findChildren<QPushButton*>())
             if (b->text() == "Extract") extract = b;
@@ -82,6 +90,7 @@ TEST(CdWindow, RipsATrackThatTheMainWindowTakesAsItsBacking) {
     form.cdRipper.userClick();
 
     EXPECT_TRUE(shown);
+    EXPECT_NEAR(seekedTo, 0.5, 0.01);
     EXPECT_EQ(rows, (std::vector<std::string>{"01\tFirst / Ann\t[00:02]", "02\tSecond / Bob\t[00:03]"}));
     EXPECT_FALSE(cdWindow.isVisible());
     const std::string track = RPP(applicationFolder()) + "TRACK.WAV";
