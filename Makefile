@@ -48,6 +48,7 @@ bench: build
 	$(BUILD)/bench/bench_encode
 	$(BUILD)/bench/bench_record
 	$(BUILD)/bench/bench_effects
+	$(BUILD)/bench/bench_cd
 
 # Every reader of outside bytes under libFuzzer (clang), SECONDS each.
 fuzz: deps

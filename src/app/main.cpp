@@ -1,6 +1,6 @@
 // velaro-deck: the desktop program.
 //
-// usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]]]
+// usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]]] [--cd-image IMAGE.cue]...
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -11,8 +11,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <vector>
 
+#include "core/cd/frm_demo.h"
 #include "engine/engine_platform.h"
+#include "gui/cd_window.h"
 #include "gui/main_window.h"
 #include "gui/meter_window.h"
 #include "gui/qt_dialogs.h"
@@ -27,6 +30,7 @@ struct Options {
     std::string screenshot;
     std::string open;
     int playMs = -1;
+    std::vector<std::string> cdImages;  // disc images the CD window lists after the drives
 };
 
 bool parse(int argc, char** argv, Options& o) {
@@ -42,6 +46,11 @@ bool parse(int argc, char** argv, Options& o) {
         if (a == "--open" && next(v)) {
             std::error_code ec;
             o.open = std::filesystem::absolute(v, ec).string();
+            continue;
+        }
+        if (a == "--cd-image" && next(v)) {
+            std::error_code ec;
+            o.cdImages.push_back(std::filesystem::absolute(v, ec).string());
             continue;
         }
         if (a == "--play-ms" && next(v)) {
@@ -60,7 +69,7 @@ bool parse(int argc, char** argv, Options& o) {
 int main(int argc, char** argv) {
     Options o;
     if (!parse(argc, argv, o)) {
-        std::fprintf(stderr, "usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]]]\n");
+        std::fprintf(stderr, "usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]]] [--cd-image IMAGE.cue]...\n");
         return 2;
     }
     // A screenshot needs no screen.
@@ -79,6 +88,10 @@ int main(int argc, char** argv) {
     gui::MeterWindow meter(*ep.get().meter, &window);
     form.meterStart = [&] { meter.start(); };
     form.meterStop = [&] { meter.stop(); };
+    for (const std::string& image : o.cdImages) ep.cd().addDrive(image);
+    cd::frmDemo ripper(rt, ep.get(), &form);
+    gui::CdWindow ripperWindow(ripper, &window);
+    form.showCdRipper = [&] { ripper.showModal(); };
 
     int exitCode = 0;
     form.endProgram = [&](int code) {

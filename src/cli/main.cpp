@@ -49,6 +49,12 @@ const char* kUsage =
     "                       NAME gargle, chorus, flanger, echo, distortion, compressor, parameq,\n"
     "                       reverb; FIELD as the effect's record names it (fWetDryMix, fLeftDelay...).\n"
     "                       render and play take the same --effect options\n"
+    "  cd list [--device DEV|IMAGE.cue] [--json]\n"
+    "                       the CD drives and the disc's track list, with CD-TEXT\n"
+    "  cd rip --device DEV|IMAGE.cue --track N [-o OUT.wav | --wma OUT.wma --bitrate K]\n"
+    "                       extract one track (from 1) to a wave file or WMA (K kbps, default 128)\n"
+    "  cd play --device DEV|IMAGE.cue [--track N] [--no-device]\n"
+    "                       play the disc from track N (default 1) to its end\n"
     "  help                 this text\n";
 
 }  // namespace
@@ -77,6 +83,7 @@ int main(int argc, char** argv) {
         if (cmd == "encode") return velaro::cli::runEncode(args);
         if (cmd == "normalize") return velaro::cli::runNormalize(args);
         if (cmd == "fx") return velaro::cli::runFx(args);
+        if (cmd == "cd") return velaro::cli::runCd(args);
     } catch (const std::exception& e) {
         std::cerr << "velaro " << cmd << ": " << e.what() << '\n';
         return 1;

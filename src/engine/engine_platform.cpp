@@ -13,6 +13,8 @@ EnginePlatform::EnginePlatform(int sampleRate)
     p.wave = &wave_;
     p.meter = &meter_;
     p.songEffects = &songEffects_;
+    p.cd = &cd_;
+    p.wma = &wma_;
     std::string why;
     mixer_ = PulseMixer::connect(audio_, why);
     if (mixer_) p.mixer = mixer_.get();

@@ -6,6 +6,8 @@
 #include <memory>
 
 #include "audio_engine.h"
+#include "cd_drives.h"
+#include "cd_wma_encoder.h"
 #include "engine_meter_capture.h"
 #include "engine_streams.h"
 #include "engine_wave_device.h"
@@ -27,6 +29,7 @@ public:
     PerformanceEngine& performance() { return performance_; }
     EngineWaveDevice& wave() { return wave_; }
     SongEffectsEngine& songEffects() { return songEffects_; }
+    EngineCdLibrary& cd() { return cd_; }
 
 private:
     AudioEngine audio_;
@@ -38,6 +41,8 @@ private:
     SndfileNormaliser normaliser_;
     EngineWaveDevice wave_{audio_};
     EngineMeterCapture meter_{audio_.mic(), audio_.sampleRate()};
+    EngineCdLibrary cd_{&audio_};
+    FfmpegWmaEncoder wma_;
     std::unique_ptr<PulseMixer> mixer_;  // none without a sound server: the inert one stays
     platform::InertPlatform inert_;
 };

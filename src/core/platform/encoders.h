@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace velaro::platform {
 
@@ -43,6 +44,17 @@ public:
     virtual ~WmaEncoder() = default;
     virtual int Encode(const std::string& wavIn, const std::string& wmaOut, int bitrate,
                        const std::map<std::string, std::string>& tags, Progress progress) = 0;
+
+    // The CD window's encoder, fed block by block. Rates in bits per second,
+    // best first; none when no codec is there.
+    virtual std::vector<int> EncodeGetRates(int freq, int chans, int flags) { return {}; }
+    // A handle, 0 on failure. Samples are 16-bit little-endian interleaved.
+    virtual uint32_t EncodeOpenFile(int freq, int chans, int flags, int bitrate, const std::string& path) { return 0; }
+    // A tag under its WM name; a call with both texts empty ends the tag set.
+    virtual bool EncodeSetTag(uint32_t handle, const std::string& tag, const std::string& text) { return false; }
+    virtual bool EncodeWrite(uint32_t handle, const void* samples, int bytes) { return false; }
+    virtual void EncodeClose(uint32_t handle) {}
+    virtual int ErrorGetCode() { return -1; }
 };
 
 class Normaliser {

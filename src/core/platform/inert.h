@@ -161,16 +161,36 @@ public:
     }
 };
 
+// No drive at all: empty drive list, every stream fails with "no CD".
 class InertCdLibrary : public CdLibrary {
 public:
-    std::vector<std::string> Drives() override { return {}; }
+    bool GetDriveDescription(int, std::string&) override { return false; }
+    int GetDriveLetter(int) override { return -1; }
+    bool GetInfo(int, CdInfo&) override { return false; }
     bool IsReady(int) override { return false; }
-    std::vector<CdTrack> Tracks(int) override { return {}; }
-    std::string AlbumTitle(int) override { return {}; }
-    std::string AlbumPerformer(int) override { return {}; }
+    int GetTracks(int) override { return -1; }
+    int64_t GetTrackLength(int, int) override { return -1; }
+    bool GetID(int, int, std::string&) override { return false; }
+    bool Door(int, int) override { return false; }
     bool DoorIsOpen(int) override { return false; }
-    void Door(int, bool) override {}
-    int ExtractTrack(int, int, const std::string&, std::function<void(int)>) override { return -1; }
+    bool DoorIsLocked(int) override { return false; }
+    int ErrorGetCode() override { return kCdErrorDevice; }
+    int GetVolume() override { return 100; }
+    CdStreamId StreamCreate(int, int, uint32_t) override { return 0; }
+    bool StreamFree(CdStreamId) override { return false; }
+    int64_t StreamGetLength(CdStreamId) override { return -1; }
+    bool ChannelGetInfo(CdStreamId, CdChannelInfo&) override { return false; }
+    int ChannelIsActive(CdStreamId) override { return 0; }
+    int ChannelGetData(CdStreamId, void*, int) override { return -1; }
+    int64_t ChannelGetPosition(CdStreamId) override { return -1; }
+    bool ChannelSetPosition(CdStreamId, int64_t) override { return false; }
+    bool ChannelPlay(CdStreamId, bool) override { return false; }
+    bool ChannelPause(CdStreamId) override { return false; }
+    bool ChannelStop(CdStreamId) override { return false; }
+    bool ChannelSetAttributes(CdStreamId, int, int, int) override { return false; }
+    bool ChannelSlideAttributes(CdStreamId, int, int, int, int) override { return false; }
+    uint32_t ChannelGetLevel(CdStreamId) override { return 0xFFFFFFFFu; }
+    uint32_t ChannelSetSync(CdStreamId, uint32_t, std::function<void()>) override { return 0; }
 };
 
 class InertProcessLauncher : public ProcessLauncher {
