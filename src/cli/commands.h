@@ -17,5 +17,6 @@ int runNormalize(const std::vector<std::string>& args);
 int runRecord(const std::vector<std::string>& args);
 int runCalibrate(const std::vector<std::string>& args);
 int runFx(const std::vector<std::string>& args);
+int runPlaylist(const std::vector<std::string>& args);
 
 }  // namespace velaro::cli

@@ -49,6 +49,14 @@ const char* kUsage =
     "                       NAME gargle, chorus, flanger, echo, distortion, compressor, parameq,\n"
     "                       reverb; FIELD as the effect's record names it (fWetDryMix, fLeftDelay...).\n"
     "                       render and play take the same --effect options\n"
+    "  playlist [FILE.mpl] [--add PATH ...] [--add-dir DIR ...] [--sort artist|title|filename]\n"
+    "      [--reverse] [--shuffle SEED] [-o OUT.mpl] [--json]\n"
+    "                       a playlist as the playlist window keeps it: loads FILE.mpl (a missing\n"
+    "                       one is an empty list), adds files (a .mpl is appended) and folders\n"
+    "                       (sub-folders first; .mp3 .mid .wav), then sorts, reverses and shuffles\n"
+    "                       in that order; prints number, title, artist and path of each row.\n"
+    "                       SEED sets the random source (taken modulo 2^24): the same seed gives\n"
+    "                       the same order. -o saves the list as the window saves it (CR LF, Windows-1252)\n"
     "  help                 this text\n";
 
 }  // namespace
@@ -77,6 +85,7 @@ int main(int argc, char** argv) {
         if (cmd == "encode") return velaro::cli::runEncode(args);
         if (cmd == "normalize") return velaro::cli::runNormalize(args);
         if (cmd == "fx") return velaro::cli::runFx(args);
+        if (cmd == "playlist") return velaro::cli::runPlaylist(args);
     } catch (const std::exception& e) {
         std::cerr << "velaro " << cmd << ": " << e.what() << '\n';
         return 1;
