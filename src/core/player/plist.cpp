@@ -322,7 +322,9 @@ std::string pList::UpOneDir(const std::string& path) {
     for (size_t i = 0; i < path.size(); ++i)
         if (path[i] == kPathSep) last = i;
     std::string up = last == std::string::npos ? std::string() : path.substr(0, last);
-    if (up.size() < 3) up += kPathSep;
+    // One level below the root gives the root with its separator (a drive
+    // root took three characters; here the root is the separator alone).
+    if (up.empty()) up += kPathSep;
     return up;
 }
 
