@@ -12,9 +12,11 @@
 #include <filesystem>
 #include <string>
 
+#include "core/base/paths.h"
 #include "engine/engine_platform.h"
 #include "gui/main_window.h"
 #include "gui/meter_window.h"
+#include "gui/playlist_window.h"
 #include "gui/qt_dialogs.h"
 #include "gui/qt_loop.h"
 #include "gui/silent_device.h"
@@ -79,6 +81,14 @@ int main(int argc, char** argv) {
     gui::MeterWindow meter(*ep.get().meter, &window);
     form.meterStart = [&] { meter.start(); };
     form.meterStop = [&] { meter.stop(); };
+    // The playlist lives for the whole run: hidden, not unloaded, between shows.
+    player::pList playlist(rt, ep.get(), applicationFolder());
+    gui::PlaylistWindow playlistWindow(playlist, &window);
+    form.showPlaylist = [&] {
+        player::playlistSelection.clear();
+        playlist.showModal();
+        return player::playlistSelection;
+    };
 
     int exitCode = 0;
     form.endProgram = [&](int code) {

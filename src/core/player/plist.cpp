@@ -120,32 +120,7 @@ pList::pList(ui::Runtime& rt, platform::Platform& platform, std::string dir)
     for (const auto& [c, text] : captions) c->setCaption(text);
     for (ui::Menu* m : {&mnuSort, &mnuForm, &mnuControls}) m->setVisible(false);  // pop-ups only
 
-    // The designed layout: the panel with the list and three buttons, then
-    // the buttons and boxes that stay when the list collapses.
-    Picture4.move(0, 0);
-    Picture4.setWidth(5400);
-    Picture4.setHeight(4800);
-    lstPlayList1.move(60, 60);
-    lstPlayList1.setWidth(5280);
-    lstPlayList1.setHeight(4200);
-    auto place = [](ui::Control& c, double l, double t, double w, double h) {
-        c.move(l, t);
-        c.setWidth(w);
-        c.setHeight(h);
-    };
-    place(CmdOpenlist, 60, 4340, 1300, 375);
-    place(CmdDelPlay, 1420, 4340, 1300, 375);
-    place(cmdDel, 2780, 4340, 1300, 375);
-    place(cmdOpen, 60, 4860, 1250, 375);
-    place(cmdSave, 1370, 4860, 1250, 375);
-    place(cmdClear, 2680, 4860, 1250, 375);
-    place(cmdRefresh, 3990, 4860, 1250, 375);
-    place(cbRepeat, 60, 5340, 2000, 255);
-    place(cbShuffle, 2160, 5340, 2000, 255);
-    place(cmdShowPlaylist, 60, 60, 1500, 375);
-    formBackColor = 0xE0E0E0;
-    cbRepeat.setBackColor(formBackColor);
-    cbShuffle.setBackColor(formBackColor);
+    designLayout();
 
     cmdOpen.Click = [this] { cmdOpen_Click(); };
     mnuOpen.Click = [this] { cmdOpen_Click(); };
@@ -182,6 +157,50 @@ pList::pList(ui::Runtime& rt, platform::Platform& platform, std::string dir)
     lstPlayList1.MouseDown = [this](int b, int s, double x, double y) { lstPlayList1_MouseDown(b, s, x, y); };
     lstPlayList1.OLEDragDrop = [this](const std::vector<std::string>& n) { lstPlayList1_OLEDragDrop(n); };
     cmdShowPlaylist.MouseMove = [this](int b, int s, double x, double y) { cmdShowPlaylist_MouseMove(b, s, x, y); };
+}
+
+// The controls as the form designer left them; an unloaded form comes back so.
+void pList::designLayout() {
+    // The designed layout: the panel with the list and three buttons, then
+    // the buttons and boxes that stay when the list collapses.
+    Picture4.move(0, 0);
+    Picture4.setWidth(5400);
+    Picture4.setHeight(4800);
+    lstPlayList1.move(60, 60);
+    lstPlayList1.setWidth(5280);
+    lstPlayList1.setHeight(4200);
+    auto place = [](ui::Control& c, double l, double t, double w, double h) {
+        c.move(l, t);
+        c.setWidth(w);
+        c.setHeight(h);
+    };
+    place(CmdOpenlist, 60, 4340, 1300, 375);
+    place(CmdDelPlay, 1420, 4340, 1300, 375);
+    place(cmdDel, 2780, 4340, 1300, 375);
+    place(cmdOpen, 60, 4860, 1250, 375);
+    place(cmdSave, 1370, 4860, 1250, 375);
+    place(cmdClear, 2680, 4860, 1250, 375);
+    place(cmdRefresh, 3990, 4860, 1250, 375);
+    place(cbRepeat, 60, 5340, 2000, 255);
+    place(cbShuffle, 2160, 5340, 2000, 255);
+    place(cmdShowPlaylist, 60, 60, 1500, 375);
+
+    formLeft = 3000;
+    formTop = 1500;
+    formWidth = 5400;
+    formHeight = 6100;
+    formBackColor = 0xE0E0E0;
+    for (ui::Control* c : std::initializer_list<ui::Control*>{&lstPlayList1, &cbRepeat, &cbShuffle}) {
+        c->setFont(ui::Font{});
+        c->setForeColor(0x000000);
+    }
+    lstPlayList1.setBackColor(0xFFFFFF);
+    cbRepeat.setBackColor(formBackColor);
+    cbShuffle.setBackColor(formBackColor);
+    cmdShowPlaylist.setForeColor(0x000000);
+    cmdShowPlaylist.setVisible(false);
+    Picture4.setVisible(true);
+    for (ui::Menu* m : {&mnuHidePlaylist, &mnuHidePlaylist2, &mnuCompact}) m->setChecked(false);
 }
 
 pList::~pList() = default;
@@ -231,6 +250,14 @@ void pList::Form_Unload(int&) {
     }
     tagReader_.reset();
     if (frmOptions.loaded()) frmOptions.unload();
+    // The form's controls go with it; its variables (the options among them) stay.
+    lstPlayList1.clear();
+    lstFilenames.clear();
+    cbRepeat.setValue(0);
+    cbShuffle.setValue(0);
+    caption = kRestingTitle;
+    designLayout();
+    notifyGeometry();
 }
 
 // ---------------------------------------------------------------- entries

@@ -175,6 +175,7 @@ protected:
     void Form_Unload(int& cancel) override;
 
 private:
+    void designLayout();
     tags::clsMP3Info& tagReader();
     void rebuildView();
     void swapRows(int a, int b);

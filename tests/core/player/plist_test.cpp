@@ -487,6 +487,11 @@ TEST_F(PlaylistTest, UnloadSavesOrDeletesThePlaylistAndTheSettings) {
     l->ApplyFont(2, "DejaVu Sans", 10, true, std::nullopt, 255);
     l->lstPlayList1.setBackColor(0x00FFFF);
     l->unload();
+    // The controls went with the form; its options stay for the next show in this run.
+    EXPECT_EQ(l->lstPlayList1.count(), 0);
+    EXPECT_EQ(l->cbRepeat.value(), 0);
+    EXPECT_EQ(l->lstPlayList1.font().name, "MS Sans Serif");
+    EXPECT_EQ(l->PlayerTitle, "Serata");
     EXPECT_EQ(readWholeFile(app + "/playlist.mpl"), dir + "/x.mid\r\n");
     EXPECT_EQ(readWholeFile(dir + "/skin.ini"),
               "255 //Playlist Font Color\r\n"
