@@ -239,6 +239,7 @@ void PlaylistWindow::placeControl(ui::Control& c, QWidget* w) {
         } else if (dynamic_cast<ui::CheckBox*>(&c)) {
             pal.setColor(QPalette::WindowText, qcolour(c.foreColor()));
             pal.setColor(QPalette::Window, qcolour(c.backColor()));
+            pal.setColor(QPalette::Button, qcolour(c.backColor()));
         } else if (&c == &f_.cmdShowPlaylist) {
             pal.setColor(QPalette::ButtonText, qcolour(c.foreColor()));
         }
