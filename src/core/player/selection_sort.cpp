@@ -1,26 +1,32 @@
 #include "selection_sort.h"
 
 #include <algorithm>
+#include <numeric>
+#include <string_view>
 #include <unordered_map>
 
 namespace velaro::player {
 
 std::vector<int32_t> collationRanks(const platform::TextCollation& c, const std::vector<std::string>& texts) {
     // One key per distinct text: lists repeat artists a lot.
-    std::unordered_map<std::string, size_t> keyOf;
+    std::unordered_map<std::string_view, int32_t> keyOf;
+    keyOf.reserve(texts.size());
     std::vector<std::string> keys;
-    std::vector<size_t> which(texts.size());
+    std::vector<int32_t> which(texts.size());
     for (size_t i = 0; i < texts.size(); ++i) {
-        auto [it, fresh] = keyOf.try_emplace(texts[i], keys.size());
+        auto [it, fresh] = keyOf.try_emplace(texts[i], static_cast<int32_t>(keys.size()));
         if (fresh) keys.push_back(c.sortKey(texts[i]));
         which[i] = it->second;
     }
-    std::vector<std::string> sorted = keys;
-    std::sort(sorted.begin(), sorted.end());
-    sorted.erase(std::unique(sorted.begin(), sorted.end()), sorted.end());
+    std::vector<int32_t> order(keys.size());
+    std::iota(order.begin(), order.end(), 0);
+    std::sort(order.begin(), order.end(), [&](int32_t a, int32_t b) { return keys[a] < keys[b]; });
     std::vector<int32_t> rankOfKey(keys.size());
-    for (size_t k = 0; k < keys.size(); ++k)
-        rankOfKey[k] = static_cast<int32_t>(std::lower_bound(sorted.begin(), sorted.end(), keys[k]) - sorted.begin());
+    int32_t rank = 0;
+    for (size_t k = 0; k < order.size(); ++k) {
+        if (k > 0 && keys[order[k]] != keys[order[k - 1]]) ++rank;
+        rankOfKey[order[k]] = rank;
+    }
     std::vector<int32_t> ranks(texts.size());
     for (size_t i = 0; i < texts.size(); ++i) ranks[i] = rankOfKey[which[i]];
     return ranks;
