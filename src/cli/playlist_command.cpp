@@ -152,7 +152,7 @@ int runPlaylist(const std::vector<std::string>& args) {
             j.key("number").value(it.text);
             j.key("title").value(cp1252ToUtf8(it.subItems[0]));
             j.key("artist").value(cp1252ToUtf8(it.subItems[1]));
-            j.key("path").value(path(r));
+            j.key("path").value(player::pathForDisplay(path(r)));
             j.endObject();
         }
         j.endArray().endObject();
@@ -161,7 +161,7 @@ int runPlaylist(const std::vector<std::string>& args) {
         for (int r = 1; r <= rows; ++r) {
             const player::ListItem& it = list.lstPlayList1.item(r);
             std::cout << it.text << '\t' << cp1252ToUtf8(it.subItems[0]) << '\t' << cp1252ToUtf8(it.subItems[1])
-                      << '\t' << path(r) << '\n';
+                      << '\t' << player::pathForDisplay(path(r)) << '\n';
         }
     }
     return 0;

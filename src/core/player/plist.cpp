@@ -20,6 +20,23 @@ namespace velaro::player {
 
 std::string playlistSelection;
 
+namespace {
+bool isUtf8(const std::string& s) {
+    for (size_t i = 0; i < s.size();) {
+        const auto c = static_cast<unsigned char>(s[i]);
+        const size_t n = c < 0x80 ? 1 : (c >> 5) == 6 ? 2 : (c >> 4) == 14 ? 3 : (c >> 3) == 30 ? 4 : 0;
+        if (n == 0 || i + n > s.size()) return false;
+        for (size_t k = 1; k < n; ++k)
+            if ((static_cast<unsigned char>(s[i + k]) >> 6) != 2) return false;
+        i += n;
+    }
+    return true;
+}
+}  // namespace
+
+std::string pathInCodePage(const std::string& path) { return isUtf8(path) ? utf8ToCp1252(path) : path; }
+std::string pathForDisplay(const std::string& path) { return isUtf8(path) ? path : cp1252ToUtf8(path); }
+
 VbRandom& programRandom() {
     static VbRandom r;
     return r;
@@ -274,11 +291,11 @@ bool pList::AddEntry(const std::string& path) {
             artist = reader.Artist();
         });
         if (lcase(title).empty()) {
-            const std::string name = utf8ToCp1252(fileNamePart(path));
+            const std::string name = pathInCodePage(fileNamePart(path));
             title = leftOrEmpty(name, static_cast<int64_t>(name.size()) - 4);
         }
     } else if (kind == "mid" || kind == "kar" || kind == "wav") {
-        const std::string shown = utf8ToCp1252(path);
+        const std::string shown = pathInCodePage(path);
         title = leftOrEmpty(shown, static_cast<int64_t>(shown.size()) - 4);
         artist = "Unknown";
     } else {
@@ -320,7 +337,7 @@ void pList::LoadPlaylist(const std::string& path) {
 
 void pList::WritePlaylist(const std::string& path) {
     std::string bytes;
-    for (int i = 0; i < lstFilenames.listCount(); ++i) bytes += utf8ToCp1252(lstFilenames.list(i)) + "\r\n";
+    for (int i = 0; i < lstFilenames.listCount(); ++i) bytes += pathInCodePage(lstFilenames.list(i)) + "\r\n";
     replaceFileSafely(path, bytes);
 }
 
@@ -522,7 +539,7 @@ void pList::mnuFilename_Click() {
     std::vector<std::string> paths(n), shown(n);
     for (int i = 0; i < n; ++i) {
         paths[i] = lstFilenames.list(i);
-        shown[i] = utf8ToCp1252(paths[i]);
+        shown[i] = pathInCodePage(paths[i]);
     }
     const auto p = collationRanks(collation(), shown);
     const SelectionSteps steps = selectionSortSteps(std::vector<int64_t>(p.begin(), p.end()));
@@ -578,7 +595,7 @@ void pList::openFileDialog(bool listOnly) {
     if (listOnly) {
         caption = std::string(kRestingTitle) + "    " + name;
         notifyGeometry();
-        resumeNext([&] { replaceFileSafely(appDir + "songtemp.tmp", utf8ToCp1252(name) + "\r\n"); });
+        resumeNext([&] { replaceFileSafely(appDir + "songtemp.tmp", pathInCodePage(name) + "\r\n"); });
     }
 }
 

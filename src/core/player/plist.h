@@ -23,6 +23,12 @@ namespace velaro::player {
 // The path picked in the playlist; empty when nothing was picked.
 extern std::string playlistSelection;
 
+// A file-system path (UTF-8 here) in the 8-bit code page of playlists and
+// titles; a name that is not UTF-8 is taken as already in the code page.
+std::string pathInCodePage(const std::string& path);
+// The reverse, for showing a path: UTF-8 as it is, anything else read as the code page.
+std::string pathForDisplay(const std::string& path);
+
 // The window's designed geometry, in twips.
 inline constexpr double kTwipsPerPixel = 15;
 

@@ -121,6 +121,13 @@ TEST_F(PlaylistTest, LoadAndWriteMpl) {
     const std::string once = song + "\r\n" + dir + "/a/gone.mp3\r\n" + dir + "/a/caf\xE9.wav\r\n";
     EXPECT_EQ(readWholeFile(out), once + once);
 
+    // A file name that is not UTF-8 is already in the code page: written as it is.
+    auto latin = make();
+    add(*latin, dir + "/caf\xE9.mid");
+    EXPECT_EQ(latin->lstPlayList1.item(1).subItems[0], dir + "/caf\xE9");
+    latin->WritePlaylist(out);
+    EXPECT_EQ(readWholeFile(out), dir + "/caf\xE9.mid\r\n");
+
     // A failed write leaves the old file as it was.
     fs::create_directories(dir + "/ro");
     const std::string kept = file("ro/keep.mpl", "old\r\n");
