@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <QAction>
+#include <QCheckBox>
 #include <QApplication>
 #include <QDropEvent>
 #include <QMenu>
@@ -138,6 +139,20 @@ TEST(PlaylistWindow, DropSortSaveReopenAndPick) {
         if (out) plw.grab().save(out);
         plw.findChild<QPushButton*>("cmdShowPlaylist")->click();
         EXPECT_EQ(plw.height(), tall);
+
+        // "Opzioni" opens the options beside the list; closing them keeps what was ticked.
+        actionNamed(plw.popup(playlist.mnuSort), "&Opzioni")->trigger();
+        auto* options = plw.findChild<QWidget*>("frmOptions");
+        ASSERT_NE(options, nullptr);
+        EXPECT_TRUE(options->isVisible());
+        EXPECT_EQ(options->windowTitle(), "Player Options");
+        auto* confirm = options->findChild<QCheckBox*>("cbDelete");
+        ASSERT_NE(confirm, nullptr);
+        EXPECT_EQ(confirm->text(), "Conferma eliminazione Mp3");
+        confirm->click();
+        if (out) options->grab().save(QString(out) + ".options.png");
+        options->close();
+        EXPECT_TRUE(playlist.ConfirmDelete);
         plw.findChild<QPushButton*>("cmdRefresh")->click();  // Exit unloads
     });
     form.pLmenu.userClick();

@@ -41,7 +41,9 @@ protected:
         dir = mkdtemp(tmpl.data());
         app = dir + "/app";
         fs::create_directories(app);
-        oldCwd = fs::current_path();
+        std::error_code ec;
+        oldCwd = fs::current_path(ec);  // may be gone when another test removed it
+        if (ec) oldCwd = tempFolder();
         fs::current_path(dir);  // skin.ini lies in the current folder
         playlistSelection.clear();
     }
