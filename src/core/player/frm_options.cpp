@@ -29,6 +29,12 @@ void FrmOptions::Form_Unload(int&) {
     list_.SaveSettingsOnExit = cbSave.value() != 0;
     // An empty box blanks the title: that is how the user clears it.
     list_.PlayerTitle = Text1.text();
+    // The boxes go with the dialog: the next load starts from the design again.
+    const ui::Handler scroll = cbScroll.Click;
+    cbScroll.Click = nullptr;
+    for (ui::CheckBox* c : {&cbSavePlaylist, &cbDelete, &cbScroll, &cbSave}) c->setValue(0);
+    cbScroll.Click = scroll;
+    Text1.setText("");
 }
 
 void FrmOptions::Text1_KeyPress(char key) {

@@ -622,6 +622,11 @@ TEST_F(PlaylistTest, FontsColoursAndOptions) {
     o.unload();
     EXPECT_TRUE(l->SaveSettingsOnExit);
     EXPECT_EQ(l->PlayerTitle, "");  // an empty box blanks the title
+    l->PlayerTitle = "Serata";
+    l->mnuOptions_Click();  // shown again: the boxes from the options, the title box empty
+    EXPECT_EQ(o.cbSave.value(), 1);
+    EXPECT_EQ(o.cbScroll.value(), 0);
+    EXPECT_EQ(o.Text1.text(), "");
 }
 
 TEST_F(PlaylistTest, FileInfoReadsTheTagAgain) {
