@@ -3,6 +3,7 @@
 // handlers, prints the rows and can save the .mpl (CR LF, Windows-1252).
 
 #include <charconv>
+#include <cstdio>
 #include <iostream>
 
 #include "arg_value.h"
@@ -14,7 +15,6 @@
 #include "core/player/vb_random.h"
 #include "core/ui/headless.h"
 #include "engine/icu_collation.h"
-#include "json_writer.h"
 
 namespace velaro::cli {
 
@@ -85,6 +85,31 @@ bool parsePlaylist(const std::vector<std::string>& args, PlaylistOptions& o, std
     return true;
 }
 
+// A JSON string: quotes, backslashes and control characters escaped, the rest as it is.
+std::string jsonText(const std::string& utf8) {
+    std::string out = "\"";
+    for (unsigned char c : utf8) {
+        switch (c) {
+            case '"': out += "\\\""; break;
+            case '\\': out += "\\\\"; break;
+            case '\n': out += "\\n"; break;
+            case '\r': out += "\\r"; break;
+            case '\t': out += "\\t"; break;
+            case '\b': out += "\\b"; break;
+            case '\f': out += "\\f"; break;
+            default:
+                if (c < 0x20) {
+                    char buf[8];
+                    std::snprintf(buf, sizeof buf, "\\u%04x", c);
+                    out += buf;
+                } else {
+                    out += static_cast<char>(c);
+                }
+        }
+    }
+    return out + "\"";
+}
+
 // A folder as the folder scan wants it: no trailing separator but the root's.
 std::string folderPath(std::string dir) {
     while (dir.size() > 1 && dir.back() == '/') dir.pop_back();
@@ -144,19 +169,17 @@ int runPlaylist(const std::vector<std::string>& args) {
     const int rows = list.lstPlayList1.count();
     auto path = [&](int row) { return list.lstFilenames.list(row - 1); };
     if (o.json) {
-        JsonWriter j;
-        j.beginObject().key("rows").beginArray();
+        // Written as the issue shows it: ", " and ": " between items, text as UTF-8.
+        std::string j = "{\"rows\": [";
         for (int r = 1; r <= rows; ++r) {
             const player::ListItem& it = list.lstPlayList1.item(r);
-            j.beginObject();
-            j.key("number").value(it.text);
-            j.key("title").value(cp1252ToUtf8(it.subItems[0]));
-            j.key("artist").value(cp1252ToUtf8(it.subItems[1]));
-            j.key("path").value(player::pathForDisplay(path(r)));
-            j.endObject();
+            if (r > 1) j += ", ";
+            j += "{\"number\": " + jsonText(it.text) + ", \"title\": " + jsonText(cp1252ToUtf8(it.subItems[0])) +
+                 ", \"artist\": " + jsonText(cp1252ToUtf8(it.subItems[1])) +
+                 ", \"path\": " + jsonText(player::pathForDisplay(path(r))) + "}";
         }
-        j.endArray().endObject();
-        std::cout << j.str() << '\n';
+        j += "]}";
+        std::cout << j << '\n';
     } else {
         for (int r = 1; r <= rows; ++r) {
             const player::ListItem& it = list.lstPlayList1.item(r);

@@ -103,18 +103,18 @@ TEST_F(PlaylistCli, FolderRowsSortAndJson) {
     o = run("playlist --add-dir " + quote(m + "/") + " --add " + quote(m + "/duet.kar") + " " +
             quote(m + "/notes.txt") + " --sort artist --json");
     ASSERT_EQ(o.code, 0);
-    EXPECT_EQ(o.text,
-              "{\"rows\":["
-              "{\"number\":\"1\",\"title\":\"encore\",\"artist\":\"\",\"path\":\"" + m + "/Live/encore.mp3\"},"
-              // Alpha wins on its title against an artist that differs only in case,
-              // and leaves the first spelling in both rows.
-              "{\"number\":\"2\",\"title\":\"Alpha\",\"artist\":\"beatles\",\"path\":\"" + m + "/b_alpha.mp3\"},"
-              "{\"number\":\"3\",\"title\":\"Zeta\",\"artist\":\"beatles\",\"path\":\"" + m + "/a_zeta.mp3\"},"
-              "{\"number\":\"4\",\"title\":\"\xC3\x89t\xC3\xA9\",\"artist\":\"\xC3\x89" "dith\",\"path\":\"" + m +
-                  "/\xC3\xA9t\xC3\xA9.mp3\"},"
-              "{\"number\":\"5\",\"title\":\"" + m + "/duet\",\"artist\":\"Unknown\",\"path\":\"" + m + "/duet.kar\"},"
-              "{\"number\":\"6\",\"title\":\"" + m + "/song\",\"artist\":\"Unknown\",\"path\":\"" + m + "/song.mid\"}"
-              "]}\n");
+    auto row = [&](int n, const std::string& title, const std::string& artist, const std::string& path) {
+        return "{\"number\": \"" + std::to_string(n) + "\", \"title\": \"" + title + "\", \"artist\": \"" + artist +
+               "\", \"path\": \"" + path + "\"}";
+    };
+    // Alpha wins on its title against an artist that differs only in case,
+    // and leaves the first spelling in both rows.
+    EXPECT_EQ(o.text, "{\"rows\": [" + row(1, "encore", "", m + "/Live/encore.mp3") + ", " +
+                          row(2, "Alpha", "beatles", m + "/b_alpha.mp3") + ", " +
+                          row(3, "Zeta", "beatles", m + "/a_zeta.mp3") + ", " +
+                          row(4, "\xC3\x89t\xC3\xA9", "\xC3\x89" "dith", m + "/\xC3\xA9t\xC3\xA9.mp3") + ", " +
+                          row(5, m + "/duet", "Unknown", m + "/duet.kar") + ", " +
+                          row(6, m + "/song", "Unknown", m + "/song.mid") + "]}\n");
 }
 
 TEST_F(PlaylistCli, SaveReloadReverseAndShuffle) {
@@ -140,7 +140,7 @@ TEST_F(PlaylistCli, SaveReloadReverseAndShuffle) {
 TEST_F(PlaylistCli, MissingListsBadTargetsAndUsage) {
     Out o = run("playlist " + quote(dir + "/none.mpl") + " --json");
     EXPECT_EQ(o.code, 0);
-    EXPECT_EQ(o.text, "{\"rows\":[]}\n");
+    EXPECT_EQ(o.text, "{\"rows\": []}\n");
 
     // A target that cannot be written: exit 1, the old file as it was.
     fs::create_directories(dir + "/locked");
@@ -159,6 +159,12 @@ TEST_F(PlaylistCli, MissingListsBadTargetsAndUsage) {
     writeWholeFile(dir + "/junk.mpl", junk + "\r\n" + dir + "/music/song.mid\r\n");
     o = run("playlist " + quote(dir + "/junk.mpl"));
     EXPECT_EQ(o.code, 0);
+
+    // Quotes, backslashes and tabs in a path come out escaped.
+    writeWholeFile(dir + "/odd.mpl", "a\"b\\c\tq.mid\r\n");
+    o = run("playlist " + quote(dir + "/odd.mpl") + " --json");
+    EXPECT_EQ(o.text, "{\"rows\": [{\"number\": \"1\", \"title\": \"a\\\"b\\\\c\\tq\", \"artist\": \"Unknown\", "
+                      "\"path\": \"a\\\"b\\\\c\\tq.mid\"}]}\n");
 
     EXPECT_EQ(run("playlist --sort colour").code, 2);
     EXPECT_EQ(run("playlist --shuffle x").code, 2);
