@@ -23,6 +23,7 @@ const ListItem& ListView::item(int i) const {
 
 int ListView::add(std::string text) {
     rows_.push_back(ListItem{std::move(text), {}, false, {false, false}});
+    changed();
     return count();
 }
 

@@ -38,10 +38,8 @@ public:
     std::string& subItem(int i, int n);
     void ensureVisible(int i);
     int visibleRequest() const { return visibleRequest_; }
-    // The view redraws: rows changed in place are shown now.
+    // Rows added or removed tell the view; rows changed in place show at the next refresh.
     void refresh() { changed(); }
-    // Row changes by code do not redraw each time; a view asks for the rows when told.
-    void rowsChanged() { changed(); }
 
     // Input the view forwards: the key code on key down, dropped paths in order.
     std::function<void(int keyCode)> KeyDown;
