@@ -49,6 +49,7 @@ bench: build
 	$(BUILD)/bench/bench_record
 	$(BUILD)/bench/bench_effects
 	$(BUILD)/bench/bench_cd
+	$(BUILD)/bench/bench_playlist
 
 # Every reader of outside bytes under libFuzzer (clang), SECONDS each.
 fuzz: deps

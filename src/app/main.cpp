@@ -14,10 +14,12 @@
 #include <vector>
 
 #include "core/cd/frm_demo.h"
+#include "core/base/paths.h"
 #include "engine/engine_platform.h"
 #include "gui/cd_window.h"
 #include "gui/main_window.h"
 #include "gui/meter_window.h"
+#include "gui/playlist_window.h"
 #include "gui/qt_dialogs.h"
 #include "gui/qt_loop.h"
 #include "gui/silent_device.h"
@@ -92,6 +94,14 @@ int main(int argc, char** argv) {
     cd::frmDemo ripper(rt, ep.get(), &form);
     gui::CdWindow ripperWindow(ripper, &window);
     form.showCdRipper = [&] { ripper.showModal(); };
+    // The playlist lives for the whole run: hidden, not unloaded, between shows.
+    player::pList playlist(rt, ep.get(), applicationFolder());
+    gui::PlaylistWindow playlistWindow(playlist, &window);
+    form.showPlaylist = [&] {
+        player::playlistSelection.clear();
+        playlist.showModal();
+        return player::playlistSelection;
+    };
 
     int exitCode = 0;
     form.endProgram = [&](int code) {

@@ -18,5 +18,6 @@ int runRecord(const std::vector<std::string>& args);
 int runCalibrate(const std::vector<std::string>& args);
 int runFx(const std::vector<std::string>& args);
 int runCd(const std::vector<std::string>& args);
+int runPlaylist(const std::vector<std::string>& args);
 
 }  // namespace velaro::cli

@@ -55,6 +55,14 @@ const char* kUsage =
     "                       extract one track (from 1) to a wave file or WMA (K kbps, default 128)\n"
     "  cd play --device DEV|IMAGE.cue [--track N] [--no-device]\n"
     "                       play the disc from track N (default 1) to its end\n"
+    "  playlist [FILE.mpl] [--add PATH ...] [--add-dir DIR ...] [--sort artist|title|filename]\n"
+    "      [--reverse] [--shuffle SEED] [-o OUT.mpl] [--json]\n"
+    "                       a playlist as the playlist window keeps it: loads FILE.mpl (a missing\n"
+    "                       one is an empty list), adds files (a .mpl is appended) and folders\n"
+    "                       (sub-folders first; .mp3 .mid .wav), then sorts, reverses and shuffles\n"
+    "                       in that order; prints number, title, artist and path of each row.\n"
+    "                       SEED sets the random source (taken modulo 2^24): the same seed gives\n"
+    "                       the same order. -o saves the list as the window saves it (CR LF, Windows-1252)\n"
     "  help                 this text\n";
 
 }  // namespace
@@ -84,6 +92,7 @@ int main(int argc, char** argv) {
         if (cmd == "normalize") return velaro::cli::runNormalize(args);
         if (cmd == "fx") return velaro::cli::runFx(args);
         if (cmd == "cd") return velaro::cli::runCd(args);
+        if (cmd == "playlist") return velaro::cli::runPlaylist(args);
     } catch (const std::exception& e) {
         std::cerr << "velaro " << cmd << ": " << e.what() << '\n';
         return 1;

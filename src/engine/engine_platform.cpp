@@ -15,6 +15,7 @@ EnginePlatform::EnginePlatform(int sampleRate)
     p.songEffects = &songEffects_;
     p.cd = &cd_;
     p.wma = &wma_;
+    if (collation_.ok()) p.collation = &collation_;
     std::string why;
     mixer_ = PulseMixer::connect(audio_, why);
     if (mixer_) p.mixer = mixer_.get();

@@ -11,6 +11,7 @@
 #include "engine_meter_capture.h"
 #include "engine_streams.h"
 #include "engine_wave_device.h"
+#include "icu_collation.h"
 #include "mp3_encoder.h"
 #include "normaliser.h"
 #include "core/platform/inert.h"
@@ -39,6 +40,7 @@ private:
     EngineStreams streams_;
     LameMp3Encoder mp3_;
     SndfileNormaliser normaliser_;
+    IcuCollation collation_;
     EngineWaveDevice wave_{audio_};
     EngineMeterCapture meter_{audio_.mic(), audio_.sampleRate()};
     EngineCdLibrary cd_{&audio_};

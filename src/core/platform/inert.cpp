@@ -55,6 +55,7 @@ InertPlatform::InertPlatform() {
     platform_.cd = &cd_;
     platform_.processes = &processes_;
     platform_.files = &files_;
+    platform_.collation = &collation_;
 }
 
 }  // namespace velaro::platform

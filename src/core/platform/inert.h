@@ -229,6 +229,7 @@ private:
     InertCdLibrary cd_;
     InertProcessLauncher processes_;
     PlainFileSystem files_;
+    PlainTextCollation collation_;
     Platform platform_;
 };
 

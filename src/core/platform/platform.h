@@ -12,6 +12,7 @@
 #include "song_effects.h"
 #include "sound_devices.h"
 #include "system_mixer.h"
+#include "text_collation.h"
 #include "wave_device.h"
 
 namespace velaro::platform {
@@ -31,6 +32,7 @@ struct Platform {
     CdLibrary* cd = nullptr;
     ProcessLauncher* processes = nullptr;
     FileSystem* files = nullptr;
+    TextCollation* collation = nullptr;
 };
 
 }  // namespace velaro::platform

@@ -1,0 +1,3 @@
+C:\Music\Band - Song.mp3
+/home/me/songs/tune.kar
+relative/dir/Été.mid
