@@ -27,13 +27,14 @@ public:
     PerformanceEngine& performance() { return performance_; }
     EngineWaveDevice& wave() { return wave_; }
     SongEffectsEngine& songEffects() { return songEffects_; }
+    EngineStreams& streams() { return streams_; }
 
 private:
     AudioEngine audio_;
     PerformanceEngine performance_;
     SongEffectsEngine songEffects_;
     PosixProcess processes_;
-    EngineStreams streams_;
+    EngineStreams streams_{audio_};
     LameMp3Encoder mp3_;
     SndfileNormaliser normaliser_;
     EngineWaveDevice wave_{audio_};
