@@ -49,6 +49,13 @@ const char* kUsage =
     "                       NAME gargle, chorus, flanger, echo, distortion, compressor, parameq,\n"
     "                       reverb; FIELD as the effect's record names it (fWetDryMix, fLeftDelay...).\n"
     "                       render and play take the same --effect options\n"
+    "  backing FILE -o OUT.wav [--remove-vocals] [--vseq V0,...,V7] [--veq V0,...,V7] [--bass-boost V]\n"
+    "      [--no-bass-boost] [--rate HZ] [--key N] [--speed P]\n"
+    "                       what the backing player plays (MP3, WAV, FLAC, OGG or a module), offline:\n"
+    "                       the vocal remover, its two equalisers (0-19, 10 flat), the bass stream's\n"
+    "                       level (0 loudest, 10 silent), key in semitones, speed in percent\n"
+    "  play FILE.mp3|wav|mod [--remove-vocals] [backing options]\n"
+    "                       play an audio backing in real time\n"
     "  help                 this text\n";
 
 }  // namespace
@@ -77,6 +84,7 @@ int main(int argc, char** argv) {
         if (cmd == "encode") return velaro::cli::runEncode(args);
         if (cmd == "normalize") return velaro::cli::runNormalize(args);
         if (cmd == "fx") return velaro::cli::runFx(args);
+        if (cmd == "backing") return velaro::cli::runBacking(args);
     } catch (const std::exception& e) {
         std::cerr << "velaro " << cmd << ": " << e.what() << '\n';
         return 1;

@@ -298,7 +298,8 @@ void BackingStream::render(float* mix, float* scratch, int frames, bool offline)
         }
     }
     for (int k = 0; k < 2 * frames; ++k) mix[k] += scratch[k];
-    pos_ += frames;
+    // At the end the position is the last real frame, so a render can stop on it.
+    pos_ += playing_ ? frames : static_cast<int64_t>(got);
     shownPos_.store(pos_, std::memory_order_release);
 }
 

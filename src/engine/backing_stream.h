@@ -55,6 +55,8 @@ public:
 
     // ---- any thread ----
     bool active() const { return active_.load(std::memory_order_acquire); }
+    // Playing from the call on, as the library says, before the audio thread has started it.
+    void markActive(bool on) { active_.store(on, std::memory_order_release); }
     int64_t position() const { return shownPos_.load(std::memory_order_acquire); }
 
     // ---- audio thread (or the offline renderer, which waits for the worker) ----

@@ -138,7 +138,9 @@ bool BackingStreams::ChannelPlay(platform::StreamId s, bool restart) {
     c.kind = Command::Play;
     c.s = m->raw;
     c.l = restart ? 1.0f : 0.0f;
-    return send(c);
+    if (!send(c)) return false;
+    m->raw->markActive(true);
+    return true;
 }
 
 bool BackingStreams::ChannelStop(platform::StreamId s) {
@@ -147,7 +149,9 @@ bool BackingStreams::ChannelStop(platform::StreamId s) {
     Command c;
     c.kind = Command::Stop;
     c.s = m->raw;
-    return send(c);
+    if (!send(c)) return false;
+    m->raw->markActive(false);
+    return true;
 }
 
 int BackingStreams::ChannelIsActive(platform::StreamId s) {
