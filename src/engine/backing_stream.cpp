@@ -146,7 +146,7 @@ void BackingStream::pushShifted(const float* lr, int frames, bool final) {
     const double ratio = 100.0 / speed, pitch = std::pow(2.0, semis / 12.0);
     if (!stretch_) {
         stretch_ = std::make_unique<RB>(static_cast<size_t>(engineRate_), 2,
-                                        RB::OptionProcessRealTime | RB::OptionPitchHighConsistency, ratio, pitch);
+                                        RB::OptionProcessRealTime | RB::OptionEngineFiner, ratio, pitch);
         stretch_->setMaxProcessSize(8 * kChunk + 64);
         // Primed with silence so the first frame out is the file's first frame.
         const size_t pad = stretch_->getPreferredStartPad();
@@ -166,27 +166,45 @@ void BackingStream::pushShifted(const float* lr, int frames, bool final) {
         planar_[0][i] = lr[2 * i];
         planar_[1][i] = lr[2 * i + 1];
     }
-    const float* in[2] = {planar_[0].data(), planar_[1].data()};
-    stretch_->process(in, static_cast<size_t>(frames), final);
-    for (;;) {
-        const int avail = stretch_->available();
-        if (avail <= 0) break;
-        std::vector<float> l(static_cast<size_t>(avail)), r(static_cast<size_t>(avail));
-        float* outp[2] = {l.data(), r.data()};
-        const size_t got = stretch_->retrieve(outp, static_cast<size_t>(avail));
-        out_.resize(2 * got);
-        size_t keep = 0;
-        for (size_t i = 0; i < got; ++i) {
-            if (stretchSkip_ > 0) {
-                --stretchSkip_;
-                continue;
+    auto drain = [&] {
+        for (;;) {
+            const int avail = stretch_->available();
+            if (avail <= 0) break;
+            stretchL_.resize(static_cast<size_t>(avail));
+            stretchR_.resize(static_cast<size_t>(avail));
+            float* outp[2] = {stretchL_.data(), stretchR_.data()};
+            const size_t got = stretch_->retrieve(outp, static_cast<size_t>(avail));
+            out_.resize(2 * got);
+            size_t keep = 0;
+            for (size_t i = 0; i < got; ++i) {
+                if (stretchSkip_ > 0) {
+                    --stretchSkip_;
+                    continue;
+                }
+                out_[2 * keep] = stretchL_[i];
+                out_[2 * keep + 1] = stretchR_[i];
+                ++keep;
             }
-            out_[2 * keep] = l[i];
-            out_[2 * keep + 1] = r[i];
-            ++keep;
+            if (final) {
+                // Its last output is a ringing tail past the end of the music: the file ends where it should.
+                const int64_t room = std::max<int64_t>(0, std::llround(stretchExpected_) - stretchOut_);
+                keep = static_cast<size_t>(std::min<int64_t>(static_cast<int64_t>(keep), room));
+            }
+            stretchOut_ += static_cast<int64_t>(keep);
+            append(out_.data(), keep);
         }
-        append(out_.data(), keep);
-    }
+    };
+    stretchExpected_ += frames * ratio;
+    // Fed as much as it asks for at a time, so its ratio holds from block to block.
+    int fed = 0;
+    do {
+        const int want = std::max<int>(1, static_cast<int>(stretch_->getSamplesRequired()));
+        const int n = std::min(want, frames - fed);
+        const float* in[2] = {planar_[0].data() + fed, planar_[1].data() + fed};
+        stretch_->process(in, static_cast<size_t>(n), final && fed + n == frames);
+        fed += n;
+        drain();
+    } while (fed < frames);
 }
 
 // ---- audio thread ----

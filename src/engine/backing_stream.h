@@ -104,7 +104,9 @@ private:
     SRC_STATE_tag* src_ = nullptr;
     std::unique_ptr<RubberBand::RubberBandStretcher> stretch_;
     int64_t stretchSkip_ = 0;  // the stretcher's start delay still to drop
-    std::vector<float> raw_, stereo_, converted_, planar_[2], out_;
+    double stretchExpected_ = 0;  // frames the music fed in should come out as
+    int64_t stretchOut_ = 0;
+    std::vector<float> raw_, stereo_, converted_, planar_[2], out_, stretchL_, stretchR_;
     std::vector<float> pending_;  // converted frames that found no room in the ring
     size_t pendingFrames_ = 0;
     bool inputDone_ = false;

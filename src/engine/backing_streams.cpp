@@ -74,7 +74,6 @@ platform::StreamId BackingStreams::create(const std::string& path, bool module, 
     m.stream = std::move(stream);
     m.module = module;
     m.flags = flags;
-    m.raw->startWorker();
     lastCreated_ = partner ? 0 : id;
     error_ = 0;
     return id;
@@ -138,6 +137,8 @@ bool BackingStreams::ChannelPlay(platform::StreamId s, bool restart) {
     c.kind = Command::Play;
     c.s = m->raw;
     c.l = restart ? 1.0f : 0.0f;
+    // Decoding starts with the first play, so key and speed set before it hold from the first frame.
+    m->raw->startWorker();
     if (!send(c)) return false;
     m->raw->markActive(true);
     return true;

@@ -108,20 +108,18 @@ inline std::vector<float> readStereo(const std::string& path, int* rate = nullpt
     return out;
 }
 
-// The pitch of one channel by its upward zero crossings, in Hz.
-inline double pitchHz(const std::vector<float>& lr, int rate, size_t from, size_t to) {
-    double first = -1, last = -1;
-    int crossings = 0;
-    for (size_t i = from; i + 1 < to && 2 * i + 2 < lr.size(); ++i) {
-        const float a = lr[2 * i], b = lr[2 * i + 2];
-        if (a <= 0 && b > 0) {
-            const double at = double(i) + a / (a - b);
-            if (first < 0) first = at;
-            last = at;
-            ++crossings;
-        }
+// The strongest frequency between lo and hi Hz (tenth-of-a-hertz steps) in
+// the left channel, from half a second in to half a second before the end.
+inline double peakHz(const std::vector<float>& lr, int rate, double lo, double hi) {
+    const size_t frames = lr.size() / 2;
+    if (frames < static_cast<size_t>(rate) * 2) return 0;
+    const size_t from = static_cast<size_t>(rate) / 2, count = frames - static_cast<size_t>(rate);
+    double best = -1e9, at = 0;
+    for (double hz = lo; hz <= hi; hz += 0.1) {
+        const double db = levelDb(lr, 0, rate, hz, from, count);
+        if (db > best) best = db, at = hz;
     }
-    return crossings > 1 ? (crossings - 1) / ((last - first) / rate) : 0;
+    return at;
 }
 
 }  // namespace velaro::testing
