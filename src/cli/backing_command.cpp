@@ -56,12 +56,14 @@ bool parse(const std::vector<std::string>& args, bool wantOut, BackingOptions& o
 }
 
 // Starts the backing as Cmdplw does; false (with the box's text) when it cannot load.
-bool startBacking(song::frmMain& f, const BackingOptions& o, std::string& error) {
+bool startBacking(song::frmMain& f, const BackingOptions& o, std::string& error, const char* command) {
     f.setSongPath(o.file);
     prepareBacking(f, o);
     f.recording.Cmdplw_Click();
     error = backingError(f);
     if (!error.empty()) return false;
+    // A mono file plays all the same; the user hears of the box it gave.
+    for (const std::string& note : backingNotes(f)) std::cerr << command << ": " << note << '\n';
     tuneBacking(f, o);
     return true;
 }
@@ -113,7 +115,7 @@ int runBacking(const std::vector<std::string>& args) {
     engine::EnginePlatform ep(rate);
     song::frmMain f(ui.rt, ep.get());
     std::unique_ptr<engine::WavWriter> wav;
-    if (!startBacking(f, o, error)) {
+    if (!startBacking(f, o, error, "velaro backing")) {
         std::cerr << "velaro backing: " << o.file << ": " << error << '\n';
         return 1;
     }
@@ -163,7 +165,7 @@ int runPlayBacking(const std::vector<std::string>& args) {
     if (!device && !noDevice) std::cerr << "velaro play: no sound device; the backing runs on the virtual clock\n";
     ui::Headless ui;
     song::frmMain f(ui.rt, ep.get());
-    if (!startBacking(f, o, error)) {
+    if (!startBacking(f, o, error, "velaro play")) {
         std::cerr << "velaro play: " << o.file << ": " << error << '\n';
         return 1;
     }

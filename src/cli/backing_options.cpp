@@ -123,6 +123,14 @@ std::string backingError(song::frmMain& f) {
     return "";
 }
 
+std::vector<std::string> backingNotes(song::frmMain& f) {
+    std::vector<std::string> out;
+    if (auto* dialogs = dynamic_cast<ui::ScriptedDialogs*>(&f.rt.dialogs))
+        for (const auto& box : dialogs->messageBoxes())
+            if (box.title != "Error") out.push_back(box.title + ": " + box.text);
+    return out;
+}
+
 bool backingPlaying(song::frmMain& f, engine::EnginePlatform& ep) {
     const record::MainBacking& b = f.backing;
     return (b.mainStream && ep.streams().ChannelIsActive(b.mainStream)) ||

@@ -50,6 +50,8 @@ std::string backingError(song::frmMain& f);
 // through) and hands the frames to `out`; gives how many.
 int64_t renderBacking(song::frmMain& f, engine::EnginePlatform& ep, const BackingOptions& o, int rate,
                       const std::function<void(const float*, int)>& out);
+// Every other box the backing showed ("title: text"), for the user to read.
+std::vector<std::string> backingNotes(song::frmMain& f);
 // True while a stream of the backing plays.
 bool backingPlaying(song::frmMain& f, engine::EnginePlatform& ep);
 

@@ -123,6 +123,19 @@ TEST_F(BackingCli, BadInputExitsWithTheBoxOrTheUsage) {
     EXPECT_NE(rec.text.find("Selected file couldn't be loaded!"), std::string::npos) << rec.text;
 }
 
+TEST_F(BackingCli, AMonoFileTellsOfTheBoxAndPlaysAllTheSame) {
+    writeStereo(at("mono.wav"), 22050, 1.0, [](double t) { return std::make_pair(0.3 * std::sin(kTwoPi * 300 * t), 0.0); }, 1);
+    Out o = run("backing " + at("mono.wav") + " --remove-vocals -o " + at("mono-out.wav"));
+    ASSERT_EQ(o.code, 0) << o.text;
+    EXPECT_NE(o.text.find("VelaroRemover: Only Stereo "), std::string::npos) << o.text;
+    int rate = 0;
+    const std::vector<float> m = readStereo(at("mono-out.wav"), &rate);
+    EXPECT_EQ(rate, 22050);
+    EXPECT_NEAR(double(m.size()) / 2 / rate, 1.0, 0.01);
+    // Left and right alike: the cut leaves nothing of the main stream, the bass stream plays on.
+    EXPECT_GT(levelDb(m, 0, rate, 300, rate / 4, rate / 2), -60);
+}
+
 TEST_F(BackingCli, AModulePlaysOnceThroughAtTheEnginesRate) {
     ASSERT_TRUE(writeTinyModule(at("tiny.mod")));
     Out o = run("backing " + at("tiny.mod") + " --remove-vocals -o " + at("mod.wav"));
