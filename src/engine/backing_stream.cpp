@@ -277,7 +277,7 @@ size_t BackingStream::takeFrames(float* out, size_t frames, bool offline) noexce
     return out ? ring_.pop(out, frames) : ring_.skip(frames);
 }
 
-void BackingStream::render(float* mix, float* scratch, int frames, bool offline) noexcept {
+void BackingStream::render(float* mix, float* scratch, int frames, bool offline, bool floatDsp) noexcept {
     if (!playing_) return;
     while (owed_ > 0) {
         const size_t n = takeFrames(nullptr, static_cast<size_t>(std::min<int64_t>(owed_, kRingFrames / 2)), offline);
@@ -300,7 +300,15 @@ void BackingStream::render(float* mix, float* scratch, int frames, bool offline)
         const Entry& e = entries_[i];
         switch (e.kind) {
         case Entry::Callback:
-            e.proc(e.handle, id_, scratch, static_cast<uint32_t>(frames) * 2 * sizeof(float), e.user);
+            if (floatDsp || frames > static_cast<int>(pcm_.size() / 2)) {
+                e.proc(e.handle, id_, scratch, static_cast<uint32_t>(frames) * 2 * sizeof(float), e.user);
+            } else {
+                for (int k = 0; k < 2 * frames; ++k)
+                    pcm_[static_cast<size_t>(k)] =
+                        static_cast<int16_t>(std::lrint(std::clamp(scratch[k], -1.0f, 32767.0f / 32768.0f) * 32768.0f));
+                e.proc(e.handle, id_, pcm_.data(), static_cast<uint32_t>(frames) * 2 * sizeof(int16_t), e.user);
+                for (int k = 0; k < 2 * frames; ++k) scratch[k] = pcm_[static_cast<size_t>(k)] / 32768.0f;
+            }
             break;
         case Entry::Volume:
             for (int k = 0; k < frames; ++k) {

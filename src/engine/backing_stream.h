@@ -77,7 +77,8 @@ public:
     void setBand(const platform::PeakEqRecord& r) noexcept;
     // Adds the stream's frames into `mix` (interleaved stereo); `scratch` holds
     // at least 2 * frames floats.
-    void render(float* mix, float* scratch, int frames, bool offline) noexcept;
+    // `floatDsp` off: the callbacks get 16-bit samples, as the library gives them without its float option.
+    void render(float* mix, float* scratch, int frames, bool offline, bool floatDsp = true) noexcept;
     bool playing() const noexcept { return playing_; }
     int64_t playPosition() const noexcept { return pos_; }
     BackingStream* partner = nullptr;  // the other stream of the same backing
@@ -119,6 +120,7 @@ private:
     std::array<Entry, kMaxDsp> entries_{};
     int entryCount_ = 0;
     float volume_[2] = {1.0f, 1.0f};
+    std::array<int16_t, 2 * 1024> pcm_{};  // a block as 16-bit samples, for callbacks without float
     std::array<dsp::PeakingEq, kBands> bands_{};
     std::atomic<bool> active_{false};
     std::atomic<int64_t> shownPos_{0};

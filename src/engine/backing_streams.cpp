@@ -19,7 +19,7 @@ bool BackingStreams::SetConfig(int option, int value) {
     reap();
     error_ = 0;
     if (option == platform::kConfigFloatDsp) {
-        floatDsp_ = value != 0;
+        floatDsp_.store(value != 0, std::memory_order_relaxed);
         return true;
     }
     error_ = kErrIllParam;
@@ -422,8 +422,9 @@ void BackingStreams::process(float* left, float* right, int frames) noexcept {
     while (commands_.pop(c)) apply(c);
     if (liveCount_ == 0) return;
     const bool offline = engine_.rendering();
+    const bool floatDsp = floatDsp_.load(std::memory_order_relaxed);
     std::fill(mix_.begin(), mix_.begin() + 2 * frames, 0.0f);
-    for (int i = 0; i < liveCount_; ++i) live_[i]->render(mix_.data(), scratch_.data(), frames, offline);
+    for (int i = 0; i < liveCount_; ++i) live_[i]->render(mix_.data(), scratch_.data(), frames, offline, floatDsp);
     for (int i = 0; i < frames; ++i) {
         left[i] += mix_[2 * i];
         right[i] += mix_[2 * i + 1];

@@ -4,6 +4,7 @@
 // into the engine. The logic thread commands the audio thread through a
 // queue, so calls from the form never wait for the sound card.
 
+#include <atomic>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -56,7 +57,7 @@ public:
 
     // True while any stream plays. Thread: any.
     bool anyActive() const;
-    bool floatDsp() const { return floatDsp_; }
+    bool floatDsp() const { return floatDsp_.load(std::memory_order_relaxed); }
 
     // ---- audio thread ----
     void process(float* left, float* right, int frames) noexcept override;
@@ -91,7 +92,7 @@ private:
 
     AudioEngine& engine_;
     int error_ = 0;
-    bool floatDsp_ = false;
+    std::atomic<bool> floatDsp_{false};
     platform::StreamId nextId_ = 1;
     uint32_t nextDsp_ = 1;
     std::map<platform::StreamId, Mirror> streams_;

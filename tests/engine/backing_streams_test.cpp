@@ -107,6 +107,30 @@ TEST(BackingStreams, TheCutTakesACentreToneOutAndLeavesASideTone) {
     }
 }
 
+namespace {
+// Halves 16-bit samples; what it gets tells whether float DSP was on.
+void halveShorts(uint32_t, uint32_t, void* buffer, uint32_t length, void* user) {
+    auto* s = static_cast<int16_t*>(buffer);
+    for (uint32_t i = 0; i < length / 2; ++i) s[i] = static_cast<int16_t>(s[i] / 2);
+    *static_cast<uint32_t*>(user) = length;
+}
+}  // namespace
+
+TEST(BackingStreams, WithoutFloatDspTheCallbackGetsSixteenBitSamples) {
+    Dir d;
+    engine::AudioEngine audio(kRate);
+    engine::BackingStreams s(audio);
+    ASSERT_TRUE(s.SetConfig(platform::kConfigFloatDsp, 0));
+    EXPECT_FALSE(s.SetConfig(77, 1));
+    const StreamId id = s.StreamCreateFile(false, toneFile(d, 1000, 0.4, 0.4), 0, 0, 0);
+    uint32_t length = 0;
+    ASSERT_NE(s.ChannelSetDSP(id, &halveShorts, &length, 0), 0u);
+    s.ChannelPlay(id, false);
+    const std::vector<float> out = renderAll(audio, s);
+    EXPECT_EQ(length, 4u * engine::AudioEngine::kOfflineBlock);  // two channels of two bytes
+    EXPECT_NEAR(levelDb(out, 0, kRate, 1000, 2000, kRate / 4), 20 * std::log10(0.2), 0.1);
+}
+
 TEST(BackingStreams, EachBandGivesItsGainAtItsCentreAndLetsGoFarAway) {
     Dir d;
     for (const float* centres : {record::kMainCentres, record::kLowCentres})
