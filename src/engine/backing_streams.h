@@ -38,6 +38,8 @@ public:
     bool MusicFree(platform::StreamId s) override;
     bool ChannelPlay(platform::StreamId s, bool restart) override;
     bool ChannelStop(platform::StreamId s) override;
+    // A stopped stream resumes where it stood: pausing is stopping.
+    void ChannelPause(platform::StreamId s) override { ChannelStop(s); }
     int ChannelIsActive(platform::StreamId s) override;
     double ChannelSeconds(platform::StreamId s) override;
     double ChannelLengthSeconds(platform::StreamId s) override;

@@ -81,9 +81,14 @@ public:
 
     virtual bool ChannelPlay(StreamId s, bool restart) = 0;
     virtual bool ChannelStop(StreamId s) = 0;
+    virtual void ChannelPause(StreamId s) = 0;
     virtual int ChannelIsActive(StreamId s) = 0;  // 0 stopped, 1 playing
     virtual double ChannelSeconds(StreamId s) = 0;
     virtual double ChannelLengthSeconds(StreamId s) = 0;  // 0 when unknown
+    virtual void ChannelSetSeconds(StreamId s, double seconds) = 0;
+    virtual void ChannelSetVolume(StreamId s, int percent) = 0;
+    virtual void ChannelSetPan(StreamId s, int pan) = 0;
+    virtual uint32_t ChannelLevel(StreamId s) = 0;  // left in the low word, right in the high
     virtual bool ChannelGetInfo(StreamId s, ChannelInfo& info) = 0;
     // The channel's rate (`freq`), volume 0-100 and pan -100..100.
     virtual bool ChannelGetAttributes(StreamId s, float& freq, int& volume, int& pan) = 0;

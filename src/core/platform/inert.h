@@ -56,9 +56,14 @@ public:
     bool MusicFree(StreamId) override { return false; }
     bool ChannelPlay(StreamId, bool) override { return false; }
     bool ChannelStop(StreamId) override { return false; }
+    void ChannelPause(StreamId) override {}
     int ChannelIsActive(StreamId) override { return 0; }
     double ChannelSeconds(StreamId) override { return 0; }
     double ChannelLengthSeconds(StreamId) override { return 0; }
+    void ChannelSetSeconds(StreamId, double) override {}
+    void ChannelSetVolume(StreamId, int) override {}
+    void ChannelSetPan(StreamId, int) override {}
+    uint32_t ChannelLevel(StreamId) override { return 0; }
     bool ChannelGetInfo(StreamId, ChannelInfo&) override { return false; }
     bool ChannelGetAttributes(StreamId, float&, int&, int&) override { return false; }
     uint32_t ChannelSetDSP(StreamId, DspProc, void*, int) override { return 0; }
