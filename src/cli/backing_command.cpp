@@ -13,9 +13,11 @@
 #include "arg_value.h"
 #include "backing_options.h"
 #include "commands.h"
+#include "core/base/cp1252.h"
 #include "core/base/paths.h"
 #include "core/base/vb_number.h"
 #include "core/shell/frm_main.h"
+#include "core/tags/mmp3.h"
 #include "core/ui/headless.h"
 #include "engine/engine_platform.h"
 #include "engine/wav_file.h"
@@ -27,6 +29,62 @@ namespace {
 const char* kBackingUsage =
     "usage: velaro backing FILE -o OUT.wav [--remove-vocals] [--vseq V0,...,V7] [--veq V0,...,V7]\n"
     "       [--bass-boost V] [--no-bass-boost] [--rate HZ] [--key N] [--speed P]\n";
+
+// One timed line of the file's Lyrics3 lyrics: the words behind its marks.
+struct TimedLine {
+    double seconds;
+    std::string words;
+};
+
+// "MM:SS", "HH:MM:SS" or "MM:SS.xx" as seconds; negative when it is no time.
+double markSeconds(const std::string& mark) {
+    double total = 0;
+    int fields = 0;
+    size_t at = 0;
+    while (at <= mark.size()) {
+        const size_t colon = mark.find(':', at);
+        const std::string part = mark.substr(at, colon == std::string::npos ? std::string::npos : colon - at);
+        if (part.empty() || part.find_first_not_of("0123456789.") != std::string::npos) return -1;
+        try {
+            total = total * 60 + std::stod(part);
+        } catch (const std::exception&) {
+            return -1;
+        }
+        ++fields;
+        if (colon == std::string::npos) break;
+        at = colon + 1;
+    }
+    return fields >= 2 && fields <= 3 ? total : -1;
+}
+
+// The lines of an MP3's Lyrics3 text that carry a time, in time order. A line
+// may carry several marks (a chorus sung twice); a bracket wider than eight
+// characters is part of the words.
+std::vector<TimedLine> timedLyrics(const std::string& path) {
+    tags::Mmp3 module;
+    const std::string text = module.GetMp3Info(path).Lyrics;
+    std::vector<TimedLine> out;
+    size_t start = 0;
+    while (start < text.size()) {
+        size_t end = text.find('\n', start);
+        if (end == std::string::npos) end = text.size();
+        std::string line = text.substr(start, end - start);
+        start = end + 1;
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        std::vector<double> times;
+        size_t words = 0, at = 0;
+        while (at < line.size() && line[at] == '[') {
+            const size_t close = line.find(']', at);
+            if (close == std::string::npos || close - at - 1 > 8) break;
+            const double t = markSeconds(line.substr(at + 1, close - at - 1));
+            if (t >= 0) times.push_back(t);
+            at = words = close + 1;
+        }
+        for (double t : times) out.push_back({t, cp1252ToUtf8(line.substr(words))});
+    }
+    std::stable_sort(out.begin(), out.end(), [](const TimedLine& a, const TimedLine& b) { return a.seconds < b.seconds; });
+    return out;
+}
 
 std::atomic<bool> stopAsked{false};
 void onStop(int) { stopAsked.store(true); }
@@ -174,9 +232,18 @@ int runPlayBacking(const std::vector<std::string>& args) {
     std::printf("VELARO DECK  %s%s   Ctrl-C stops\n", o.file.c_str(), o.removeVocals ? "  (vocal remover on)" : "");
     std::fflush(stdout);
     const double once = moduleSeconds(o.file);
+    // The words of an MP3's Lyrics3 tag come as the backing reaches their marks.
+    const std::vector<TimedLine> lyrics = timedLyrics(o.file);
+    size_t nextLine = 0;
     const auto start = std::chrono::steady_clock::now();
     int64_t rendered = 0;
     while (backingPlaying(f, ep) && !stopAsked.load()) {
+        // The backing's own clock, which key and speed leave as the file's.
+        const double at = ep.streams().ChannelSeconds(f.backing.mainStream) * o.speed / 100.0;
+        for (; nextLine < lyrics.size() && lyrics[nextLine].seconds <= at; ++nextLine) {
+            std::printf("%s\n", lyrics[nextLine].words.c_str());
+            std::fflush(stdout);
+        }
         const double wall =
             std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         if (once > 0 && wall > once * 100.0 / o.speed) break;

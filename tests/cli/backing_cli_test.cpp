@@ -182,3 +182,22 @@ TEST_F(BackingCli, AnAudioTakeIsTheBackingPlusTheMicFromItsFirstSample) {
     for (size_t i = 0; i < r.size(); ++i) worst = std::max(worst, double(std::fabs(t[i] - r[i] - m[i])));
     EXPECT_LT(worst, 3.0 / 32768);
 }
+
+TEST_F(BackingCli, PlayShowsTheLyrics3WordsAtTheirMarks) {
+    const std::string mp3 = at("sung.mp3");
+    ASSERT_EQ(std::system(("lame --quiet -b 128 " + song(1.5) + " " + mp3).c_str()), 0);
+    const std::string words = at("words.txt");
+    FILE* f = std::fopen(words.c_str(), "wb");
+    std::fputs("[00:01]second\r\n[00:00]first[x]\r\n[ti:Hello]not timed\r\nno mark\r\n", f);
+    std::fclose(f);
+    ASSERT_EQ(run("tag " + mp3 + " --title Sung --lyrics-file " + words).code, 0);
+    Out o = run("play " + mp3 + " --no-device --remove-vocals");
+    ASSERT_EQ(o.code, 0) << o.text;
+    const size_t first = o.text.find("first[x]\n"), second = o.text.find("second\n");
+    ASSERT_NE(first, std::string::npos) << o.text;
+    ASSERT_NE(second, std::string::npos) << o.text;
+    EXPECT_LT(first, second);
+    EXPECT_EQ(o.text.find("not timed"), std::string::npos);
+    EXPECT_EQ(o.text.find("no mark"), std::string::npos);
+    EXPECT_NE(o.text.find("End of backing."), std::string::npos);
+}
