@@ -50,6 +50,7 @@ bench: build
 	$(BUILD)/bench/bench_effects
 	$(BUILD)/bench/bench_cd
 	$(BUILD)/bench/bench_playlist
+	$(BUILD)/bench/bench_backing
 
 # Every reader of outside bytes under libFuzzer (clang), SECONDS each.
 fuzz: deps

@@ -19,5 +19,9 @@ int runCalibrate(const std::vector<std::string>& args);
 int runFx(const std::vector<std::string>& args);
 int runCd(const std::vector<std::string>& args);
 int runPlaylist(const std::vector<std::string>& args);
+int runBacking(const std::vector<std::string>& args);
+// velaro play with an audio file rather than a song.
+int runPlayBacking(const std::vector<std::string>& args);
+bool isAudioBacking(const std::string& path);
 
 }  // namespace velaro::cli

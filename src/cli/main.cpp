@@ -24,8 +24,11 @@ const char* kUsage =
     "                       Without a sound card (or with --no-device) it runs on the virtual clock\n"
     "  record SONG -o TAKE.wav [--mic FILE.wav] [--input NAME] [--quality ROW] [song options]\n"
     "  record --digital --seconds N -o TAKE.wav [--mic FILE.wav] [--input NAME] [--quality ROW]\n"
+    "  record --audio FILE.mp3|wav -o TAKE.wav [--mic FILE.wav] [--remove-vocals] [--key N] [--speed P]\n"
+    "      [backing options]\n"
     "                       a take as the Record button makes it: what plays plus the microphone,\n"
-    "                       saved in the take format (ROW 1-11 of Wave Setup); --mic FILE.wav (or no\n"
+    "                       saved in the take format (ROW 1-11 of Wave Setup); --audio takes an audio\n"
+    "                       backing, ending with it; --mic FILE.wav (or no\n"
     "                       sound card) makes it offline with the file as the microphone\n"
     "  calibrate [--input NAME]\n"
     "                       measure the sound card's round trip with clicks played and heard back\n"
@@ -63,6 +66,13 @@ const char* kUsage =
     "                       in that order; prints number, title, artist and path of each row.\n"
     "                       SEED sets the random source (taken modulo 2^24): the same seed gives\n"
     "                       the same order. -o saves the list as the window saves it (CR LF, Windows-1252)\n"
+    "  backing FILE -o OUT.wav [--remove-vocals] [--vseq V0,...,V7] [--veq V0,...,V7] [--bass-boost V]\n"
+    "      [--no-bass-boost] [--rate HZ] [--key N] [--speed P]\n"
+    "                       what the backing player plays (MP3, WAV, FLAC, OGG or a module), offline:\n"
+    "                       the vocal remover, its two equalisers (0-19, 10 flat), the bass stream's\n"
+    "                       level (0 loudest, 10 silent), key in semitones, speed in percent\n"
+    "  play FILE.mp3|wav|mod [--remove-vocals] [backing options]\n"
+    "                       play an audio backing in real time\n"
     "  help                 this text\n";
 
 }  // namespace
@@ -93,6 +103,7 @@ int main(int argc, char** argv) {
         if (cmd == "fx") return velaro::cli::runFx(args);
         if (cmd == "cd") return velaro::cli::runCd(args);
         if (cmd == "playlist") return velaro::cli::runPlaylist(args);
+        if (cmd == "backing") return velaro::cli::runBacking(args);
     } catch (const std::exception& e) {
         std::cerr << "velaro " << cmd << ": " << e.what() << '\n';
         return 1;

@@ -175,6 +175,16 @@ int runRender(const std::vector<std::string>& args) {
 }
 
 int runPlay(const std::vector<std::string>& args) {
+    // An audio file is a backing, not a song.
+    for (size_t i = 0; i < args.size(); ++i) {
+        const std::string& a = args[i];
+        const bool afterValueOption = i > 0 && !args[i - 1].empty() && args[i - 1][0] == '-' &&
+                                      args[i - 1] != "--no-device" && args[i - 1] != "--remove-vocals" &&
+                                      args[i - 1] != "--no-bass-boost";
+        if (a.empty() || a[0] == '-' || afterValueOption) continue;
+        if (isAudioBacking(a)) return runPlayBacking(args);
+        break;
+    }
     SongOptions o;
     std::string error;
     if (!parseSongOptions(args, false, o, error)) {

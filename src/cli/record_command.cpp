@@ -15,12 +15,14 @@
 #include <iostream>
 
 #include "arg_value.h"
+#include "backing_options.h"
 #include "calibration.h"
 #include "commands.h"
 #include "core/base/paths.h"
 #include "core/base/vb_number.h"
 #include "core/ui/realtime_loop.h"
 #include "core/ui/virtual_loop.h"
+#include "engine/audio_file_decoder.h"
 #include "engine/engine_platform.h"
 #include "engine/mic_input.h"
 #include "song_start.h"
@@ -39,8 +41,9 @@ void onStop(int sig) {
 struct RecordOptions {
     std::string mic, input, audio;
     int quality = -1;
-    bool digital = false, removeVocals = false;
+    bool digital = false;
     double seconds = 0;
+    BackingOptions backing;  // the backing player's controls for an Audio take
 };
 
 // The user at the take's dialogs: no playback, the take saved under -o.
@@ -72,7 +75,16 @@ private:
 const char* kUsage =
     "usage: velaro record SONG -o TAKE.wav [--mic FILE.wav] [--input NAME] [--quality ROW] [--tempo V]\n"
     "           [--transpose N] [--volume V] [--bank FILE] [--no-device]\n"
-    "       velaro record --digital --seconds N -o TAKE.wav [--mic FILE.wav] [--input NAME] [--quality ROW]\n";
+    "       velaro record --digital --seconds N -o TAKE.wav [--mic FILE.wav] [--input NAME] [--quality ROW]\n"
+    "       velaro record --audio FILE.mp3|wav -o TAKE.wav [--mic FILE.wav] [--remove-vocals] [--key N] [--speed P]\n"
+    "           [--vseq V0,...,V7] [--veq V0,...,V7] [--bass-boost V] [--no-bass-boost] [--input NAME] [--quality ROW]\n";
+
+// The Record button takes the Audio session for these endings only.
+bool audioSession(const std::string& path) {
+    if (path.size() < 3) return false;
+    const std::string ext = path.substr(path.size() - 3);
+    return ext == "mp3" || ext == "wav" || ext == "MP3" || ext == "WAV";
+}
 
 bool parse(const std::vector<std::string>& args, RecordOptions& r, SongOptions& o, std::string& error) {
     std::vector<std::string> rest;
@@ -102,8 +114,8 @@ bool parse(const std::vector<std::string>& args, RecordOptions& r, SongOptions& 
             }
         } else if (a == "--digital") {
             r.digital = true;
-        } else if (a == "--remove-vocals") {
-            r.removeVocals = true;
+        } else if (takeBackingOption(args, i, r.backing, error)) {
+            if (!error.empty()) return false;
         } else {
             rest.push_back(a);
         }
@@ -117,6 +129,8 @@ bool parse(const std::vector<std::string>& args, RecordOptions& r, SongOptions& 
     else if (r.digital && r.seconds <= 0) error = "--digital needs --seconds N";
     else if (!r.digital && r.seconds > 0) error = "--seconds is for the digital recorder";
     else if (!r.audio.empty() && !o.song.empty()) error = "a song or an audio backing, not both";
+    else if (!r.audio.empty() && !audioSession(r.audio)) error = "--audio takes an .mp3 or .wav file";
+    else if (r.audio.empty() && r.backing.removeVocals) error = "--remove-vocals is for an audio backing (--audio)";
     return error.empty();
 }
 
@@ -151,11 +165,18 @@ int runRecord(const std::vector<std::string>& args) {
         return 2;
     }
     if (!r.audio.empty()) {
-        std::cerr << "velaro record: audio backings (--audio) need the backing player, which this version "
-                     "does not have yet\n";
-        return 1;
+        engine::AudioFileDecoder probe;
+        if (!probe.openStream(r.audio)) {
+            // What the backing player's error box says.
+            const int code = probe.openModule(r.audio, 44100, false) ? 0 : probe.moduleErrorCode();
+            if (code != 0) {
+                std::cerr << "velaro record: " << r.audio << ": Selected file couldn't be loaded!\n\nBASS Error Code: "
+                          << code << "\nBASS_FX Error Code: \n";
+                return 1;
+            }
+        }
     }
-    if (!r.digital && !fileExists(o.song)) {
+    if (!r.digital && r.audio.empty() && !fileExists(o.song)) {
         std::cerr << "velaro record: cannot open " << o.song << '\n';
         return 1;
     }
@@ -186,9 +207,21 @@ int runRecord(const std::vector<std::string>& args) {
     ui::Runtime rt(live ? static_cast<ui::EventLoop&>(realtime) : virtualClock, dialogs);
     song::frmMain f(rt, ep.get());
 
+    const bool audio = !r.audio.empty();
     if (r.digital) {
         f.load();
         f.mnew_Click();
+    } else if (audio) {
+        f.load();
+        f.setSongPath(r.audio);
+        f.PlayAudio();
+        prepareBacking(f, r.backing);
+        // The user's sliders are in place from the backing's first sample.
+        auto start = f.recording.VocalRemove;
+        f.recording.VocalRemove = [&f, &r, start] {
+            if (start) start();
+            tuneBacking(f, r.backing);
+        };
     } else if (!openSong(f, ep, o, error)) {
         std::cerr << "velaro record: " << error << '\n';
         return 1;
@@ -203,15 +236,16 @@ int runRecord(const std::vector<std::string>& args) {
     // A song without a note, or whose length reads as zero, would never reach
     // the window's end of song: the take ends once the song source has run
     // out of song, or at once when there is nothing to play.
-    const engine::Segment* seg = r.digital ? nullptr : ep.performance().segment(f.dmSegment);
-    const bool silentSong = !r.digital && (!seg || !seg->hasNotes() || seg->length <= 0);
+    const engine::Segment* seg = r.digital || audio ? nullptr : ep.performance().segment(f.dmSegment);
+    const bool silentSong = !r.digital && !audio && (!seg || !seg->hasNotes() || seg->length <= 0);
     if (silentSong) std::cerr << "velaro record: the song has no notes; the take holds only what the input hears\n";
     bool songWasPlaying = false;
     auto watch = [&] {
         const bool timeUp = r.digital && rt.loop.now() - start >= static_cast<int64_t>(r.seconds * 1000);
         bool songOver = false;
         if (!r.digital) {
-            const bool playing = ep.performance().player().playing();
+            // The take ends with its backing: the song, or the audio file's streams.
+            const bool playing = audio ? backingPlaying(f, ep) : ep.performance().player().playing();
             songOver = silentSong || (songWasPlaying && !playing);
             songWasPlaying = songWasPlaying || playing;
         }
@@ -220,7 +254,7 @@ int runRecord(const std::vector<std::string>& args) {
     ui::Timer watcher(&f, "cliStopWatch", 10);
     watcher.Tick = watch;
     watcher.setEnabled(true);
-    if (!r.digital) {
+    if (!r.digital && !audio) {
         // The sliders move once the song has started, as in the window.
         rt.loop.post([&] { applySliders(f, o); });
     }

@@ -70,6 +70,7 @@ void AudioEngine::setSink(Sink sink) {
 }
 
 void AudioEngine::render(int64_t frames) {
+    rendering_.store(true, std::memory_order_relaxed);
     while (frames > 0) {
         const int n = static_cast<int>(std::min<int64_t>(frames, kOfflineBlock));
         process(offline_.data(), n);
@@ -78,6 +79,7 @@ void AudioEngine::render(int64_t frames) {
         if (sink_ && n > skip) sink_(offline_.data() + 2 * skip, n - skip);
         frames -= n;
     }
+    rendering_.store(false, std::memory_order_relaxed);
 }
 
 int64_t AudioEngine::renderTail(double maxSeconds, float floorDb, int64_t quietFrames) {

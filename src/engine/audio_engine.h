@@ -63,6 +63,8 @@ public:
     using Sink = std::function<void(const float* interleaved, int frames)>;
     void setSink(Sink sink);
     void render(int64_t frames);
+    // True inside render: sources then wait for their decoders rather than drop. Thread: audio.
+    bool rendering() const { return rendering_.load(std::memory_order_relaxed); }
     // After the end of a song: renders on while the notes ring out, until the
     // blocks have peaked below `floorDb` for `quietFrames` (an echo's gap; at
     // least one block) or `maxSeconds` have passed. Returns the frames rendered.
@@ -110,6 +112,7 @@ private:
     std::atomic<float> lastPeak_{0.0f};
     int64_t skipFrames_ = 0;  // offline: the limiter's delay not yet passed to the sink
     std::atomic<int64_t> framesPlayed_{0};
+    std::atomic<bool> rendering_{false};
     std::atomic<AudioTap*> tap_{nullptr};
     std::atomic<BlockListener*> recorder_{nullptr};
     BlockListener* lastRecorder_ = nullptr;  // audio thread

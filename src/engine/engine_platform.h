@@ -31,13 +31,14 @@ public:
     EngineWaveDevice& wave() { return wave_; }
     SongEffectsEngine& songEffects() { return songEffects_; }
     EngineCdLibrary& cd() { return cd_; }
+    EngineStreams& streams() { return streams_; }
 
 private:
     AudioEngine audio_;
     PerformanceEngine performance_;
     SongEffectsEngine songEffects_;
     PosixProcess processes_;
-    EngineStreams streams_;
+    EngineStreams streams_{audio_};
     LameMp3Encoder mp3_;
     SndfileNormaliser normaliser_;
     IcuCollation collation_;

@@ -1,13 +1,14 @@
 #pragma once
-// The stream library's start on our engine: its version, and the recording
-// inputs the machine has. Streams of files come with the backing player.
+// The stream library on our engine: its version, the recording inputs the
+// machine has, and the file and module streams of the backing player.
 
-#include "core/platform/inert.h"
+#include "backing_streams.h"
 
 namespace velaro::engine {
 
-class EngineStreams : public platform::InertAudioStreams {
+class EngineStreams : public BackingStreams {
 public:
+    explicit EngineStreams(AudioEngine& engine) : BackingStreams(engine) {}
     uint32_t GetVersion() override;
     std::vector<std::string> RecordInputs() override;
     // Monitors of outputs are listed but count as switched off: the last

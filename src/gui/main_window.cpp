@@ -18,6 +18,7 @@
 #include <QStyle>
 #include <QVBoxLayout>
 
+#include "backing_panel.h"
 #include "bindings.h"
 #include "effect_panel_window.h"
 #include "form11_window.h"
@@ -100,7 +101,13 @@ MainWindow::MainWindow(song::frmMain& form, QWidget* parent) : QMainWindow(paren
 
     auto* lower = new QSplitter(Qt::Horizontal, central);
     lower->addWidget(buildControls());
-    lower->addWidget(buildChannels());
+    // The channel strips and, beside them in audio mode, the backing player.
+    auto* right = new QWidget(lower);
+    auto* rightRow = new QHBoxLayout(right);
+    rightRow->setContentsMargins(0, 0, 0, 0);
+    rightRow->addWidget(buildChannels(), 1);
+    rightRow->addWidget(buildBackingPanel(f_.backing, right, [this](ui::Control& c, QWidget* w) { remember(c, w); }));
+    lower->addWidget(right);
     lower->setStretchFactor(0, 1);
     lower->setStretchFactor(1, 2);
 

@@ -49,10 +49,13 @@ public:
     std::vector<std::string> RecordInputs() override { return {}; }
     bool RecordInputEnabled(int) override { return false; }
     void SelectRecordInput(int) override {}
-    StreamId StreamCreateFile(const std::string&, bool) override { return 0; }
-    void StreamFree(StreamId) override {}
+    bool SetConfig(int, int) override { return true; }
+    StreamId StreamCreateFile(bool, const std::string&, int64_t, int64_t, uint32_t) override { return 0; }
+    StreamId MusicLoad(bool, const std::string&, int64_t, int64_t, uint32_t, int) override { return 0; }
+    bool StreamFree(StreamId) override { return false; }
+    bool MusicFree(StreamId) override { return false; }
     bool ChannelPlay(StreamId, bool) override { return false; }
-    void ChannelStop(StreamId) override {}
+    bool ChannelStop(StreamId) override { return false; }
     void ChannelPause(StreamId) override {}
     int ChannelIsActive(StreamId) override { return 0; }
     double ChannelSeconds(StreamId) override { return 0; }
@@ -61,11 +64,19 @@ public:
     void ChannelSetVolume(StreamId, int) override {}
     void ChannelSetPan(StreamId, int) override {}
     uint32_t ChannelLevel(StreamId) override { return 0; }
-    uint32_t ChannelSetDSP(StreamId, Dsp, int) override { return 0; }
-    void ChannelRemoveDSP(StreamId, uint32_t) override {}
-    uint32_t ChannelSetEq(StreamId, float, float, float) override { return 0; }
-    void ChannelUpdateEq(StreamId, uint32_t, float, float, float) override {}
-    void ChannelRemoveFX(StreamId, uint32_t) override {}
+    bool ChannelGetInfo(StreamId, ChannelInfo&) override { return false; }
+    bool ChannelGetAttributes(StreamId, float&, int&, int&) override { return false; }
+    uint32_t ChannelSetDSP(StreamId, DspProc, void*, int) override { return 0; }
+    bool ChannelRemoveDSP(StreamId, uint32_t) override { return false; }
+    bool FX_DSP_Set(StreamId, int, int) override { return false; }
+    bool FX_DSP_Remove(StreamId, int) override { return false; }
+    bool FX_DSP_SetParameters(StreamId, int, const VolumeRecord&) override { return false; }
+    bool FX_DSP_SetParameters(StreamId, int, const PeakEqRecord&) override { return false; }
+    bool FX_DSP_SetParameters(StreamId, int, const GainRecord&) override { return false; }
+    bool FX_DSP_GetParameters(StreamId, int, VolumeRecord&) override { return false; }
+    bool FX_DSP_GetParameters(StreamId, int, PeakEqRecord&) override { return false; }
+    bool FX_DSP_GetParameters(StreamId, int, GainRecord&) override { return false; }
+    bool ChannelSetShift(StreamId, int, int) override { return false; }
 };
 
 // The song's buffer keeps its chain and records; nothing sounds.

@@ -11,6 +11,7 @@
 
 #include "../platform/platform.h"
 #include "../record/main_effects.h"
+#include "../record/main_backing.h"
 #include "../record/main_encoding.h"
 #include "../record/main_recording.h"
 #include "../ui/common_dialog.h"
@@ -94,7 +95,6 @@ public:
     // ---- song display ----
     ui::CommonDialog CMDialog1{this, "CMDialog1"};
     ui::CommonDialog Cmdialog2{this, "Cmdialog2"};
-    ui::Frame Frame4{this, "Frame4"};
     ui::Frame Frame8{this, "Frame8"};
     ui::Label lblS{this, "lblS"};
     ui::Label lblM{this, "lblM"};
@@ -124,9 +124,6 @@ public:
     ui::CheckBox Check2{this, "Check2"};  // "Pc": program changes
     ui::CheckBox Check3{this, "Check3"};  // "Rv"
 
-    // ---- vocal remover (shown in audio backing mode) ----
-    ui::CheckBox Chkrem{this, "Chkrem"};
-    ui::ControlArray<ui::Slider> vseq{this, "vseq", 8, -15, 15};
 
     // ---- timers ----
     ui::Timer Timer{this, "Timer", 10};
@@ -236,6 +233,7 @@ public:
 
     record::MainEncoding encoding{*this};  // after every control and field it uses
     record::MainRecording recording{*this};
+    record::MainBacking backing{*this};  // after the recording part, whose hooks it fills
 
     // ---- song reading ----
     void ZeroVariables();

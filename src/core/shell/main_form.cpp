@@ -31,9 +31,9 @@ void frmMain::end(int code) {
 }
 
 void frmMain::BASSDLL() {
-    Chkrem.setVisible(false);
-    Frame4.setVisible(false);
-    vseq.forEach([](ui::Slider& s) { s.setVisible(false); });
+    backing.Chkrem.setVisible(false);
+    backing.Frame4.setVisible(false);
+    backing.vseq.forEach([](ui::Slider& s) { s.setVisible(false); });
     std::error_code ec;
     std::filesystem::current_path(applicationFolder(), ec);
     auto& bass = *platform.streams;
@@ -274,7 +274,7 @@ void frmMain::menuwave_Click() {
                                                              &cmdSave, &Cmd_Play, &cmdrec})
         c->setEnabled(false);
     Picture4.setVisible(false);
-    Chkrem.setVisible(true);
+    backing.Chkrem.setVisible(true);
     clearChannelRows();
     CMDialog1.FileName.clear();
     Frame8.setCaption("     Audio          Player     ");
@@ -289,7 +289,7 @@ void frmMain::menuwave_Click() {
     try {
         CMDialog1.ShowOpen();
     } catch (const std::exception&) {
-        Chkrem.setVisible(false);
+        backing.Chkrem.setVisible(false);
         return;
     }
     cmdstw.setVisible(true);
@@ -331,9 +331,9 @@ void frmMain::MnuMp3_Click() {
                                                              &Cmd_Stop, &cmdSave})
         c->setEnabled(false);
     clearChannelRows();
-    Chkrem.setVisible(false);
-    Frame4.setVisible(false);
-    vseq.forEach([](ui::Slider& s) { s.setVisible(false); });
+    backing.Chkrem.setVisible(false);
+    backing.Frame4.setVisible(false);
+    backing.vseq.forEach([](ui::Slider& s) { s.setVisible(false); });
     for (ui::Label* l : {&Label5, &lblTime, &LabelSongLength, &lblM, &lblS}) l->setCaption("");
     resumeNext([&] { Picture3.canvas().cls(); });
     call(showTags);
@@ -347,9 +347,9 @@ void frmMain::mnew_Click() {
     MnuFile.setEnabled(false);
     for (ui::Label* l : {&lblM, &lblS, &Label5, &lblTime, &LabelSongLength}) l->setCaption("");
     for (ui::Control* c :
-         std::initializer_list<ui::Control*>{&Cmdplw, &cmdstw, &Picture4, &Chkrem, &Frame4})
+         std::initializer_list<ui::Control*>{&Cmdplw, &cmdstw, &Picture4, &backing.Chkrem, &backing.Frame4})
         c->setVisible(false);
-    vseq.forEach([](ui::Slider& s) { s.setVisible(false); });
+    backing.vseq.forEach([](ui::Slider& s) { s.setVisible(false); });
     Command4.setEnabled(false);
     Command5.setEnabled(false);
     Command6.setEnabled(false);
@@ -374,7 +374,7 @@ void frmMain::cdRipper_Click() {
     unloadOthers();
     usingRippedTrack = true;
     cmdSave.setEnabled(false);
-    Chkrem.setVisible(false);
+    backing.Chkrem.setVisible(false);
     call(showCdRipper);
     // Opening the track file makes it when it is missing, as a binary open did.
     int64_t length = 0;
@@ -383,7 +383,7 @@ void frmMain::cdRipper_Click() {
         if (!fileExists(track)) writeWholeFile(track, "");
         length = fileLength(track);
     });
-    if (!CdWaveLoaded) Chkrem.setVisible(false);
+    if (!CdWaveLoaded) backing.Chkrem.setVisible(false);
     if (length == 0) usingRippedTrack = false;
 }
 

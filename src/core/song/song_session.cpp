@@ -23,9 +23,9 @@ void frmMain::openCommon(bool withDialog) {
     Command4.setEnabled(true);
     Command5.setEnabled(true);
     Command6.setEnabled(true);
-    Chkrem.setVisible(false);
-    Frame4.setVisible(false);
-    vseq.forEach([](ui::Slider& s) { s.setVisible(false); });
+    backing.Chkrem.setVisible(false);
+    backing.Frame4.setVisible(false);
+    backing.vseq.forEach([](ui::Slider& s) { s.setVisible(false); });
 
     // 2. Empty the lyric and time displays.
     fullLyricText.clear();

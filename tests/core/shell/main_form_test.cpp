@@ -226,7 +226,7 @@ TEST_F(MainForm, ModesAndMenus) {
 
     ui.dialogs.answerCancel();
     f->menuwave.userClick();
-    EXPECT_FALSE(f->Chkrem.visible());
+    EXPECT_FALSE(f->backing.Chkrem.visible());
 
     f->mnew.userClick();
     EXPECT_TRUE(f->noSongMode);
