@@ -17,5 +17,7 @@ int runNormalize(const std::vector<std::string>& args);
 int runRecord(const std::vector<std::string>& args);
 int runCalibrate(const std::vector<std::string>& args);
 int runFx(const std::vector<std::string>& args);
+int runLyrics(const std::vector<std::string>& args);
+int runKaraoke(const std::vector<std::string>& args);
 
 }  // namespace velaro::cli

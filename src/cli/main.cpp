@@ -49,6 +49,11 @@ const char* kUsage =
     "                       NAME gargle, chorus, flanger, echo, distortion, compressor, parameq,\n"
     "                       reverb; FIELD as the effect's record names it (fWetDryMix, fLeftDelay...).\n"
     "                       render and play take the same --effect options\n"
+    "  lyrics FILE [--json] the lyric text the tag editor loads from FILE (an MP3's Lyrics3 lyrics,\n"
+    "                       or a .txt/.lrc) and the sorted entries it makes of it\n"
+    "  lyrics FILE --at SECONDS[,SECONDS...]\n"
+    "                       where the lyrics window's walk stands at each clock position (JSON lines)\n"
+    "  karaoke FILE.mp3     play the file in the terminal with its lyrics window's lines\n"
     "  help                 this text\n";
 
 }  // namespace
@@ -77,6 +82,8 @@ int main(int argc, char** argv) {
         if (cmd == "encode") return velaro::cli::runEncode(args);
         if (cmd == "normalize") return velaro::cli::runNormalize(args);
         if (cmd == "fx") return velaro::cli::runFx(args);
+        if (cmd == "lyrics") return velaro::cli::runLyrics(args);
+        if (cmd == "karaoke") return velaro::cli::runKaraoke(args);
     } catch (const std::exception& e) {
         std::cerr << "velaro " << cmd << ": " << e.what() << '\n';
         return 1;

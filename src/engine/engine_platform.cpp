@@ -13,6 +13,7 @@ EnginePlatform::EnginePlatform(int sampleRate)
     p.wave = &wave_;
     p.meter = &meter_;
     p.songEffects = &songEffects_;
+    p.media = &media_;
     std::string why;
     mixer_ = PulseMixer::connect(audio_, why);
     if (mixer_) p.mixer = mixer_.get();

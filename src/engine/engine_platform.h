@@ -9,6 +9,7 @@
 #include "engine_meter_capture.h"
 #include "engine_streams.h"
 #include "engine_wave_device.h"
+#include "media_graph_engine.h"
 #include "mp3_encoder.h"
 #include "normaliser.h"
 #include "core/platform/inert.h"
@@ -22,11 +23,14 @@ namespace velaro::engine {
 class EnginePlatform {
 public:
     explicit EnginePlatform(int sampleRate = 44100);
+    // The device stops first: no callback reaches a service being destroyed.
+    ~EnginePlatform() { audio_.stopDevice(); }
     platform::Platform& get() { return inert_.get(); }
     AudioEngine& audio() { return audio_; }
     PerformanceEngine& performance() { return performance_; }
     EngineWaveDevice& wave() { return wave_; }
     SongEffectsEngine& songEffects() { return songEffects_; }
+    EngineMediaGraph& media() { return media_; }
 
 private:
     AudioEngine audio_;
@@ -38,6 +42,7 @@ private:
     SndfileNormaliser normaliser_;
     EngineWaveDevice wave_{audio_};
     EngineMeterCapture meter_{audio_.mic(), audio_.sampleRate()};
+    EngineMediaGraph media_{audio_};
     std::unique_ptr<PulseMixer> mixer_;  // none without a sound server: the inert one stays
     platform::InertPlatform inert_;
 };
