@@ -168,9 +168,11 @@ void FrmTags::LoadFileFields() {
     txtAlbum.setText(info.Album);
     txtYear.setText(info.Year);
     Txtcomment.setText(info.Comment);
+    filling = true;
     resumeNext([&] { cboGenre.setListIndex(0); });
     if (info.Genre) resumeNext([&] { cboGenre.setListIndex(*info.Genre); });
     else resumeNext([&] { cboGenre.setEditText(""); });
+    filling = false;
     lblMPEGInfo.setCaption("<>Size:[" + info.Size + "]  <>Length:[" + " " + info.Length + " ]\r\n" + "<>" +
                            info.MpegVersion + " " + info.Layer + "\r\n" + "<>" + info.BitRate + " " +
                            info.SampleRate + " " + info.ChannelMode + "\r\n" + "<>CRCs:[" + info.Crc + "]\r\n" +
@@ -529,7 +531,7 @@ void FrmTags::fieldKeyDown(int keyCode) {
 void FrmTags::cboGenre_DropDown() { genreText = cboGenre.editText(); }
 
 void FrmTags::cboGenre_Click() {
-    if (cboGenre.editText() == genreText) return;
+    if (filling || cboGenre.editText() == genreText) return;
     StoreFields();
     if (!cmdApply.enabled()) cmdApply.setEnabled(true);
     genreText.clear();

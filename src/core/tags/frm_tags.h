@@ -98,6 +98,8 @@ public:
     std::vector<std::string> lyricLines;
     int32_t lineCount = 0;
     bool graphOpen = false;
+    // True while the window fills itself from a file: the genre box's Click is then no user's change.
+    bool filling = false;
 
     // The path a test or the view chose for the next file dialog answer is the dialog's business.
     void OpenFileForEdit();
