@@ -46,6 +46,7 @@ bench: build
 	$(BUILD)/bench/bench_encode
 	$(BUILD)/bench/bench_record
 	$(BUILD)/bench/bench_effects
+	$(BUILD)/bench/bench_lyrics
 
 clean:
 	rm -rf $(BUILD) $(SAN_BUILD)
