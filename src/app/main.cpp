@@ -18,6 +18,8 @@
 #include "gui/qt_dialogs.h"
 #include "gui/qt_loop.h"
 #include "gui/silent_device.h"
+#include "gui/tags_window.h"
+#include "core/tags/frm_tags.h"
 
 using namespace velaro;
 
@@ -79,6 +81,20 @@ int main(int argc, char** argv) {
     gui::MeterWindow meter(*ep.get().meter, &window);
     form.meterStart = [&] { meter.start(); };
     form.meterStop = [&] { meter.stop(); };
+
+    // The tag editor and its lyrics window, made on first use from the MP3 menu.
+    tags::TagsState tagsState;
+    settings::mConfig settingsConfig;
+    std::unique_ptr<tags::FrmTags> frmTags;
+    std::unique_ptr<gui::TagsWindow> tagsWindow;
+    form.showTags = [&] {
+        if (!frmTags) {
+            frmTags = std::make_unique<tags::FrmTags>(rt, tagsState, settingsConfig, ep.media());
+            frmTags->skinned.enamenu = [&] { form.enamenu(); };
+            tagsWindow = std::make_unique<gui::TagsWindow>(*frmTags, &window);
+        }
+        frmTags->show();
+    };
 
     int exitCode = 0;
     form.endProgram = [&](int code) {

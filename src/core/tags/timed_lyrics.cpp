@@ -102,25 +102,25 @@ std::string TimeText(int64_t seconds) {
 void UndoStack::reset() {
     undoCapacity = 10;
     undoCount = 0;
-    slots.assign(10, 0);
+    stack.assign(10, 0);
 }
 
 void UndoStack::PushUndo(int32_t position) {
     ++undoCount;
     if (undoCount > undoCapacity) {
         undoCapacity += 10;
-        slots.resize(static_cast<size_t>(undoCapacity), 0);
+        stack.resize(static_cast<size_t>(undoCapacity), 0);
     }
-    slots[static_cast<size_t>(undoCount - 1)] = position;
+    stack[static_cast<size_t>(undoCount - 1)] = position;
 }
 
 int32_t UndoStack::PopUndo() {
     if (undoCount == 0) return 0;
-    const int32_t entry = slots[static_cast<size_t>(undoCount - 1)];
+    const int32_t entry = stack[static_cast<size_t>(undoCount - 1)];
     --undoCount;
     if (undoCount < undoCapacity - 10) {
         undoCapacity -= 10;
-        slots.resize(static_cast<size_t>(undoCapacity));
+        stack.resize(static_cast<size_t>(undoCapacity));
     }
     return entry;
 }

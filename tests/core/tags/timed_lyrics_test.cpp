@@ -88,8 +88,8 @@ TEST(Stamp, SameSecondTwiceGoesInFront) {
     ASSERT_TRUE(b.stamp(10));
     EXPECT_EQ(b.txt.text(), "[00:10][00:10]la la\r\nnext\r\n");
     EXPECT_EQ(b.undo.undoCount, 2);
-    EXPECT_EQ(b.undo.slots[0], 0);
-    EXPECT_EQ(b.undo.slots[1], 0);
+    EXPECT_EQ(b.undo.stack[0], 0);
+    EXPECT_EQ(b.undo.stack[1], 0);
 }
 
 TEST(Stamp, BlankLineBetweenVersesIsStampedAndCaretMovesOn) {
@@ -106,7 +106,7 @@ TEST(Stamp, KeepsTheMarksOfALineInTimeOrder) {
     Box late("x\r\n[00:40]la\r\n", 3);
     ASSERT_TRUE(late.stamp(50));
     EXPECT_EQ(late.txt.text(), "x\r\n[00:40][00:50]la\r\n");
-    EXPECT_EQ(late.undo.slots[0], 10);
+    EXPECT_EQ(late.undo.stack[0], 10);
     // A mark on the next line is not this line's.
     Box next("la\r\n[00:05]b\r\n");
     ASSERT_TRUE(next.stamp(9));
