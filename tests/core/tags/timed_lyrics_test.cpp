@@ -197,6 +197,11 @@ TEST(ShowLyrics, SortedByTextIgnoringCase) {
     EXPECT_EQ(sorted("[1:05]x\r\n[01:00]y\r\n[00:59]z\r\n"),
               (std::vector<std::string>{"00:59    z", "01:00    y", "1:05    x"}));
     EXPECT_EQ(sorted("[Ar:x]\r\n[al:y]\r\n"), (std::vector<std::string>{"al:y    ", "Ar:x    "}));
+    // Signs before digits before letters, accents and hyphens only as a tie-break.
+    EXPECT_EQ(sorted("[10:00]a\r\n[1:05]b\r\n[ti:x]\r\n[#1]c\r\n"),
+              (std::vector<std::string>{"#1    c", "1:05    b", "10:00    a", "ti:x    "}));
+    EXPECT_EQ(sorted("[00:01]\xE9t\xE9\r\n[00:01]ez\r\n[00:01]et\xE9\r\n[00:01]e-a\r\n"),
+              (std::vector<std::string>{"00:01    e-a", "00:01    et\xE9", "00:01    \xE9t\xE9", "00:01    ez"}));
 }
 
 TEST(Walk, PassesAnEntryWhenTheClockIsLaterAndWalksBack) {
