@@ -201,7 +201,10 @@ void FrmTags::StoreFields() {
                std::to_string(cboGenre.listIndex()), txtLyrics.text(), Txtcomment.text()};
 }
 
-void FrmTags::Load_Album_Tags() { listRef.clear(); }
+void FrmTags::Load_Album_Tags() {
+    listRef.clear();
+    playerListIndex = skinned.listIndex ? skinned.listIndex() : -1;
+}
 
 bool FrmTags::Chargement_Paroles() {
     const bool ok = tags::Chargement_Paroles(textFile, txtLyrics, lyricLines);

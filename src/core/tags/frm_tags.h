@@ -33,6 +33,7 @@ struct SkinnedPlayerHook {
     // The compact player's time label, and whether it shows the time gone (else the time left).
     std::function<void(const std::string&)> setMiniTime;
     std::function<bool()> miniShowsElapsed;
+    std::function<int()> listIndex;  // the row of its list
 };
 
 // The hidden work list's columns behind FILE.
@@ -97,6 +98,7 @@ public:
     double volumePos = 0;
     int playerVolume = 0;
     int16_t lyricPos = 0;
+    int playerListIndex = -1;  // the skinned player's row, as Load_Album_Tags copied it
     UndoStack undo;
     std::vector<std::string> lyricLines;
     int32_t lineCount = 0;
