@@ -9,6 +9,7 @@
 #include <QApplication>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QTabWidget>
 #include <QTextBlock>
 
 #include <cmath>
@@ -129,6 +130,10 @@ TEST(TagsWindow, StampWhilePlayingSaveAndReopen) {
     const std::string png = RPP(tempFolder()) + "lyrics-window.png";
     EXPECT_TRUE(shown->grab().save(QString::fromStdString(png)));
     EXPECT_TRUE(window.grab().save(QString::fromStdString(RPP(tempFolder()) + "tags-window.png")));
+    auto* tabs = window.findChild<QTabWidget*>();
+    ASSERT_NE(tabs, nullptr);
+    tabs->setCurrentIndex(1);
+    EXPECT_TRUE(window.grab().save(QString::fromStdString(RPP(tempFolder()) + "tags-window-lyrics.png")));
     button(&window, "Stop")->click();
     EXPECT_FALSE(shown->isVisible());
 }
