@@ -51,6 +51,7 @@ bench: build
 	$(BUILD)/bench/bench_cd
 	$(BUILD)/bench/bench_playlist
 	$(BUILD)/bench/bench_backing
+	$(BUILD)/bench/bench_lyrics
 
 # Every reader of outside bytes under libFuzzer (clang), SECONDS each.
 fuzz: deps

@@ -23,6 +23,8 @@
 #include "gui/qt_dialogs.h"
 #include "gui/qt_loop.h"
 #include "gui/silent_device.h"
+#include "gui/tags_window.h"
+#include "core/tags/frm_tags.h"
 
 using namespace velaro;
 
@@ -101,6 +103,20 @@ int main(int argc, char** argv) {
         player::playlistSelection.clear();
         playlist.showModal();
         return player::playlistSelection;
+    };
+
+    // The tag editor and its lyrics window, made on first use from the MP3 menu.
+    tags::TagsState tagsState;
+    settings::mConfig settingsConfig;
+    std::unique_ptr<tags::FrmTags> frmTags;
+    std::unique_ptr<gui::TagsWindow> tagsWindow;
+    form.showTags = [&] {
+        if (!frmTags) {
+            frmTags = std::make_unique<tags::FrmTags>(rt, tagsState, settingsConfig, ep.media());
+            frmTags->skinned.enamenu = [&] { form.enamenu(); };
+            tagsWindow = std::make_unique<gui::TagsWindow>(*frmTags, &window);
+        }
+        frmTags->show();
     };
 
     int exitCode = 0;

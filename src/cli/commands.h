@@ -23,5 +23,7 @@ int runBacking(const std::vector<std::string>& args);
 // velaro play with an audio file rather than a song.
 int runPlayBacking(const std::vector<std::string>& args);
 bool isAudioBacking(const std::string& path);
+int runLyrics(const std::vector<std::string>& args);
+int runKaraoke(const std::vector<std::string>& args);
 
 }  // namespace velaro::cli

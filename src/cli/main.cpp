@@ -73,6 +73,11 @@ const char* kUsage =
     "                       level (0 loudest, 10 silent), key in semitones, speed in percent\n"
     "  play FILE.mp3|wav|mod [--remove-vocals] [backing options]\n"
     "                       play an audio backing in real time\n"
+    "  lyrics FILE [--json] the lyric text the tag editor loads from FILE (an MP3's Lyrics3 lyrics,\n"
+    "                       or a .txt/.lrc) and the sorted entries it makes of it\n"
+    "  lyrics FILE --at SECONDS[,SECONDS...]\n"
+    "                       where the lyrics window's walk stands at each clock position (JSON lines)\n"
+    "  karaoke FILE.mp3     play the file in the terminal with its lyrics window's lines\n"
     "  help                 this text\n";
 
 }  // namespace
@@ -104,6 +109,8 @@ int main(int argc, char** argv) {
         if (cmd == "cd") return velaro::cli::runCd(args);
         if (cmd == "playlist") return velaro::cli::runPlaylist(args);
         if (cmd == "backing") return velaro::cli::runBacking(args);
+        if (cmd == "lyrics") return velaro::cli::runLyrics(args);
+        if (cmd == "karaoke") return velaro::cli::runKaraoke(args);
     } catch (const std::exception& e) {
         std::cerr << "velaro " << cmd << ": " << e.what() << '\n';
         return 1;

@@ -16,6 +16,7 @@ EnginePlatform::EnginePlatform(int sampleRate)
     p.cd = &cd_;
     p.wma = &wma_;
     if (collation_.ok()) p.collation = &collation_;
+    p.media = &media_;
     std::string why;
     mixer_ = PulseMixer::connect(audio_, why);
     if (mixer_) p.mixer = mixer_.get();

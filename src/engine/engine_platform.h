@@ -12,6 +12,7 @@
 #include "engine_streams.h"
 #include "engine_wave_device.h"
 #include "icu_collation.h"
+#include "media_graph_engine.h"
 #include "mp3_encoder.h"
 #include "normaliser.h"
 #include "core/platform/inert.h"
@@ -25,6 +26,8 @@ namespace velaro::engine {
 class EnginePlatform {
 public:
     explicit EnginePlatform(int sampleRate = 44100);
+    // The device stops first: no callback reaches a service being destroyed.
+    ~EnginePlatform() { audio_.stopDevice(); }
     platform::Platform& get() { return inert_.get(); }
     AudioEngine& audio() { return audio_; }
     PerformanceEngine& performance() { return performance_; }
@@ -32,6 +35,7 @@ public:
     SongEffectsEngine& songEffects() { return songEffects_; }
     EngineCdLibrary& cd() { return cd_; }
     EngineStreams& streams() { return streams_; }
+    EngineMediaGraph& media() { return media_; }
 
 private:
     AudioEngine audio_;
@@ -46,6 +50,7 @@ private:
     EngineMeterCapture meter_{audio_.mic(), audio_.sampleRate()};
     EngineCdLibrary cd_{&audio_};
     FfmpegWmaEncoder wma_;
+    EngineMediaGraph media_{audio_};
     std::unique_ptr<PulseMixer> mixer_;  // none without a sound server: the inert one stays
     platform::InertPlatform inert_;
 };

@@ -14,6 +14,7 @@
 #include "system_mixer.h"
 #include "text_collation.h"
 #include "wave_device.h"
+#include "window_service.h"
 
 namespace velaro::platform {
 
@@ -33,6 +34,7 @@ struct Platform {
     ProcessLauncher* processes = nullptr;
     FileSystem* files = nullptr;
     TextCollation* collation = nullptr;
+    WindowService* windows = nullptr;
 };
 
 }  // namespace velaro::platform

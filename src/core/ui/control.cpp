@@ -135,6 +135,51 @@ void TextBox::setText(std::string t) {
     raise(Change);
 }
 
+namespace {
+// Starts of the lines of an edit box's text: 0, then behind every CR LF.
+std::vector<int> lineStarts(const std::string& t) {
+    std::vector<int> starts{0};
+    for (size_t i = 0; i + 1 < t.size(); ++i)
+        if (t[i] == '\r' && t[i + 1] == '\n') starts.push_back(static_cast<int>(i + 2));
+    return starts;
+}
+}  // namespace
+
+int TextBox::lineFromChar(int charIndex) const {
+    if (charIndex < 0) charIndex = selStart;
+    const auto starts = lineStarts(text_);
+    auto it = std::upper_bound(starts.begin(), starts.end(), charIndex);
+    return static_cast<int>(it - starts.begin()) - 1;
+}
+
+int TextBox::lineIndex(int line) const {
+    if (line < 0) line = lineFromChar(-1);
+    const auto starts = lineStarts(text_);
+    if (line >= static_cast<int>(starts.size())) return -1;
+    return starts[static_cast<size_t>(line)];
+}
+
+int TextBox::lineLength(int charIndex) const {
+    const auto starts = lineStarts(text_);
+    const int line = lineFromChar(std::clamp(charIndex, 0, static_cast<int>(text_.size())));
+    const size_t l = static_cast<size_t>(line);
+    const int end = l + 1 < starts.size() ? starts[l + 1] - 2 : static_cast<int>(text_.size());
+    return end - starts[l];
+}
+
+int TextBox::lineCount() const { return static_cast<int>(lineStarts(text_).size()); }
+
+void TextBox::replaceSel(const std::string& t) {
+    const int size = static_cast<int>(text_.size());
+    const int start = std::clamp(selStart, 0, size);
+    const int length = std::clamp(selLength, 0, size - start);
+    std::string next = text_;
+    next.replace(static_cast<size_t>(start), static_cast<size_t>(length), t);
+    selStart = start + static_cast<int>(t.size());
+    selLength = 0;
+    setText(std::move(next));
+}
+
 std::string ListBox::list(int i) const {
     if (i < 0 || i >= listCount()) return {};
     return items_[static_cast<size_t>(i)].text;

@@ -160,6 +160,17 @@ public:
     int selLength = 0;
     bool locked = false;
 
+    // The queries of a multi-line edit box, whose lines end at CR LF.
+    // Line of a character position (-1: of selStart), 0-based.
+    int lineFromChar(int charIndex) const;
+    // First character of a line (-1: the caret's line); -1 when there is no such line.
+    int lineIndex(int line) const;
+    // Length, without its end, of the line that holds the character.
+    int lineLength(int charIndex) const;
+    int lineCount() const;
+    // Puts `t` over the selection (clamped to the text) and the caret behind it.
+    void replaceSel(const std::string& t);
+
 private:
     std::string text_;
 };
