@@ -1,6 +1,6 @@
 // velaro-deck: the desktop program.
 //
-// usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]]]
+// usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]] [--show-player | --show-mini]]
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -13,8 +13,11 @@
 #include <string>
 
 #include "engine/engine_platform.h"
+#include "engine/media_graph_engine.h"
 #include "gui/main_window.h"
 #include "gui/meter_window.h"
+#include "gui/mini_window.h"
+#include "gui/player_window.h"
 #include "gui/qt_dialogs.h"
 #include "gui/qt_loop.h"
 #include "gui/silent_device.h"
@@ -27,6 +30,8 @@ struct Options {
     std::string screenshot;
     std::string open;
     int playMs = -1;
+    // Which face of the skinned player to show (for a screenshot): "player" or "mini".
+    std::string face;
 };
 
 bool parse(int argc, char** argv, Options& o) {
@@ -48,6 +53,14 @@ bool parse(int argc, char** argv, Options& o) {
             o.playMs = std::atoi(v.c_str());
             if (o.playMs >= 0) continue;
         }
+        if (a == "--show-player") {
+            o.face = "player";
+            continue;
+        }
+        if (a == "--show-mini") {
+            o.face = "mini";
+            continue;
+        }
         if (a == "--help" || a == "-h") return false;
         std::fprintf(stderr, "velaro-deck: unknown or incomplete option %s\n", a.c_str());
         return false;
@@ -60,7 +73,9 @@ bool parse(int argc, char** argv, Options& o) {
 int main(int argc, char** argv) {
     Options o;
     if (!parse(argc, argv, o)) {
-        std::fprintf(stderr, "usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]]]\n");
+        std::fprintf(stderr,
+                     "usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]] [--show-player | "
+                     "--show-mini]]\n");
         return 2;
     }
     // A screenshot needs no screen.
@@ -79,6 +94,16 @@ int main(int argc, char** argv) {
     gui::MeterWindow meter(*ep.get().meter, &window);
     form.meterStart = [&] { meter.start(); };
     form.meterStop = [&] { meter.stop(); };
+
+    // The skinned player and its compact face, with a media graph of their own.
+    tags::TagsState tagsState;
+    settings::mConfig playerConfig;
+    player::PlayerModule playerModule;
+    engine::EngineMediaGraph playerGraph(ep.audio());
+    player::MusicMp3 musicPlayer(rt, tagsState, playerConfig, playerModule, playerGraph);
+    gui::PlayerWindow playerWindow(musicPlayer);
+    gui::MiniWindow miniWindow(musicPlayer.frmMini);
+    musicPlayer.endProgram = [&] { QTimer::singleShot(0, &app, [] { QApplication::exit(0); }); };
 
     int exitCode = 0;
     form.endProgram = [&](int code) {
@@ -104,10 +129,18 @@ int main(int argc, char** argv) {
         form.OpenFile();
         if (o.playMs >= 0) form.Cmd_Play_Click();
     }
+    if (!o.face.empty()) {
+        musicPlayer.load();
+        musicPlayer.show();
+        if (o.face == "mini") player::Switch_Mini(musicPlayer, true);
+    }
     if (!o.screenshot.empty()) {
         const int wait = o.playMs >= 0 ? o.playMs : 300;
         QTimer::singleShot(wait, &app, [&] {
-            const bool saved = window.grab().save(QString::fromStdString(o.screenshot));
+            QWidget& shown = o.face == "player" ? static_cast<QWidget&>(playerWindow)
+                             : o.face == "mini" ? static_cast<QWidget&>(miniWindow)
+                                                : static_cast<QWidget&>(window);
+            const bool saved = shown.grab().save(QString::fromStdString(o.screenshot));
             if (!saved) std::fprintf(stderr, "velaro-deck: cannot write %s\n", o.screenshot.c_str());
             QApplication::exit(saved ? 0 : 1);
         });

@@ -1,0 +1,119 @@
+// Both faces of the skinned player on screen (offscreen): painted from our
+// strips, with the Spanish tool tips, and a press on a painted button
+// reaching the model, the swap included.
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QImage>
+#include <QMouseEvent>
+
+#include "core/ui/headless.h"
+#include "gui/mini_window.h"
+#include "gui/player_window.h"
+
+using namespace velaro;
+
+namespace {
+
+class NoGraph : public platform::MediaGraph {
+public:
+    bool RenderFile(const std::string&) override { return false; }
+    void Run() override {}
+    void Pause() override {}
+    void Stop() override {}
+    void Release() override {}
+    double CurrentPosition() override { return 0; }
+    void SetCurrentPosition(double) override {}
+    double Duration() override { return 0; }
+    int State() override { return 0; }
+    void SetVolume(int) override {}
+    int Volume() override { return 0; }
+    void SetBalance(int) override {}
+};
+
+struct Faces {
+    ui::Headless h;
+    tags::TagsState state;
+    settings::mConfig config;
+    player::PlayerModule module;
+    NoGraph graph;
+    player::MusicMp3 p{h.rt, state, config, module, graph};
+    gui::PlayerWindow full{p};
+    gui::MiniWindow mini{p.frmMini};
+    Faces() {
+        config.appFolder = std::string(std::getenv("VELARO_HOME") ? std::getenv("VELARO_HOME") : "/tmp") + "/faces";
+        p.load();
+        p.show();
+        QApplication::processEvents();
+    }
+};
+
+bool amber(QRgb c) { return qAlpha(c) > 200 && qRed(c) > 180 && qBlue(c) < 120; }
+bool steel(QRgb c) { return qAlpha(c) > 200 && qBlue(c) >= qRed(c); }
+
+void click(QWidget* w, QPoint at) {
+    QMouseEvent press(QEvent::MouseButtonPress, at, w->mapToGlobal(at), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(w, &press);
+    QMouseEvent release(QEvent::MouseButtonRelease, at, w->mapToGlobal(at), Qt::LeftButton, Qt::NoButton,
+                        Qt::NoModifier);
+    QApplication::sendEvent(w, &release);
+}
+
+}  // namespace
+
+TEST(PlayerFaces, BothFacesArePaintedFromTheStripsWithTheirToolTips) {
+    Faces f;
+    const QImage face = f.full.grab().toImage();
+    ASSERT_EQ(face.size(), QSize(360, 200));
+    // The play button (element 1) at rest, then lit by the transport's refresh.
+    const QPoint play(136 + 26 + 12, 150 + 15);
+    EXPECT_TRUE(steel(face.pixel(play))) << std::hex << face.pixel(play);
+    f.p.playState = "true";
+    f.p.RefreshTransportButtons();
+    EXPECT_TRUE(amber(f.full.grab().toImage().pixel(play)));
+    EXPECT_TRUE(amber(f.mini.grab().toImage().pixel(3 + 19 + 9, 3 + 14)));
+
+    QWidget* playButton = f.full.childAt(play);
+    ASSERT_NE(playButton, nullptr);
+    EXPECT_EQ(playButton->toolTip(), "X  Reproducir");
+    EXPECT_EQ(f.full.childAt(136 + 5 * 20 + 9, 176 + 8)->toolTip(), "L  Lista Rep/Caratula");
+    EXPECT_EQ(f.full.childAt(302 + 2 * 19 + 9, 9)->toolTip(), "Cerrar");
+    EXPECT_EQ(f.full.childAt(302 + 9, 9)->toolTip(), "Minimizar");
+    EXPECT_TRUE(f.full.windowFlags() & Qt::FramelessWindowHint);
+
+    const QImage small = f.mini.grab().toImage();
+    EXPECT_EQ(small.size(), QSize(306, 22));
+    EXPECT_TRUE(steel(small.pixel(3 + 9, 3 + 2)));
+    EXPECT_TRUE(f.mini.windowFlags() & Qt::FramelessWindowHint);
+}
+
+TEST(PlayerFaces, APressOnAPaintedButtonReachesThePlayer) {
+    Faces f;
+    const QPoint intro(136 + 2, 176 + 8);
+    click(f.full.childAt(intro), QPoint(5, 5));
+    EXPECT_TRUE(f.p.introActive);
+    EXPECT_TRUE(amber(f.full.grab().toImage().pixel(intro)));  // latched
+
+    // The position knob follows the model along its groove.
+    QWidget* knob = f.full.childAt(136 + 6, 128 + 6);
+    ASSERT_NE(knob, nullptr);
+    EXPECT_EQ(f.full.childAt(136 + 64 + 6, 128 + 6), nullptr);
+    f.p.imgNormal(15).setLeft(64);
+    EXPECT_EQ(f.full.childAt(136 + 64 + 6, 128 + 6), knob);
+
+    // "Mini Mascara": the compact face shows where the model placed it.
+    f.full.move(400, 300);
+    click(f.full.childAt(302 + 19 + 9, 9), QPoint(5, 5));
+    QApplication::processEvents();
+    EXPECT_TRUE(f.state.MiniMode);
+    EXPECT_FALSE(f.full.isVisible());
+    EXPECT_TRUE(f.mini.isVisible());
+    EXPECT_EQ(f.mini.pos(), QPoint(400 + 302 - 98 + 18, 300 + 1 - 3));
+    // And back, from the compact face's own button.
+    click(f.mini.childAt(98 + 9, 3 + 8), QPoint(5, 5));
+    QApplication::processEvents();
+    EXPECT_FALSE(f.state.MiniMode);
+    EXPECT_TRUE(f.full.isVisible());
+    EXPECT_EQ(f.full.pos(), QPoint(400, 300));
+}
