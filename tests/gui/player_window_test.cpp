@@ -4,7 +4,13 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+
 #include <QApplication>
+#include <QListWidget>
 #include <QImage>
 #include <QMouseEvent>
 
@@ -116,4 +122,33 @@ TEST(PlayerFaces, APressOnAPaintedButtonReachesThePlayer) {
     EXPECT_FALSE(f.state.MiniMode);
     EXPECT_TRUE(f.full.isVisible());
     EXPECT_EQ(f.full.pos(), QPoint(400, 300));
+}
+
+TEST(PlayerFaces, ALoadedTrackShowsItsCoverAndName) {
+    const std::string dir = ::testing::TempDir() + "faces-" + std::to_string(getpid());
+    std::filesystem::create_directories(dir);
+    QImage red(64, 64, QImage::Format_RGB32);
+    red.fill(QColor(200, 30, 30));
+    ASSERT_TRUE(red.save(QString::fromStdString(dir + "/Front.jpg")));
+    std::ofstream(dir + "/Una Cancion Larga Sin Etiquetas Del Todo.mp3", std::ios::binary) << std::string(4000, '\0');
+    Faces f;
+    f.module.albumCount = 1;
+    f.p.picAlbum.load(1).tag = dir;
+    f.p.Play_Album(1);
+    f.state.PlayerFile = dir + "/" + f.p.ListaRep.list(0);
+    f.p.Load_File_Tags();
+    QApplication::processEvents();
+    const QImage face = f.full.grab().toImage();
+    const QRgb c = face.pixel(8 + 60, 24 + 60);
+    EXPECT_GT(qRed(c), 150);
+    EXPECT_LT(qGreen(c), 80);
+    // The name is longer than the strip: it is drawn once, then blanked while the scroll timer runs.
+    EXPECT_TRUE(f.p.Timer_Texto.enabled());
+    face.save(QString::fromStdString(::testing::TempDir() + "player-face.png"));
+    f.p.Front_Click();
+    QApplication::processEvents();
+    QWidget* under = f.full.childAt(8 + 60, 24 + 60);
+    while (under && !under->inherits("QListWidget")) under = under->parentWidget();
+    ASSERT_NE(under, nullptr);  // the list is in front of the cover now
+    EXPECT_EQ(static_cast<QListWidget*>(under)->count(), 1);
 }
