@@ -166,8 +166,9 @@ MusicMp3::MusicMp3(ui::Runtime& rt, tags::TagsState& st, settings::mConfig& cfg,
     imgNormal.forEach([this](ui::PictureBox& b) {
         const int i = b.index();
         b.MouseDown = [this, i](int button, int, double x, double y) {
-            if (i == 15) SliderReproduccioN_Down(button, float(x));
-            else if (i == 16) SliderVolume_Down(button, float(y));
+            // A knob held shows its pressed cell until it is let go.
+            if (i == 15) paintButton(15, 1), SliderReproduccioN_Down(button, float(x));
+            else if (i == 16) paintButton(16, 1), SliderVolume_Down(button, float(y));
             else imgNormal_MouseDown(i, button);
         };
         b.MouseMove = [this, i](int button, int, double x, double y) {
@@ -175,6 +176,7 @@ MusicMp3::MusicMp3(ui::Runtime& rt, tags::TagsState& st, settings::mConfig& cfg,
             else if (i == 16) SliderVolume_Move(button, float(y));
         };
         b.MouseUp = [this, i](int button, int, double, double) {
+            if (i >= 15 && button != kRightButton) paintButton(i, 0);
             if (i == 15) SliderReproduccioN_Up(button);
             else if (i == 16) SliderVolume_Up(button);
             else imgNormal_MouseUp(i, button);
@@ -258,7 +260,6 @@ void MusicMp3::Start_Play() {
 void MusicMp3::Stop_Player() {
     if (module.albumCount == 0) return;
     imgNormal(15).setLeft(0);
-    paintButton(15, 0);
     playTimer.setEnabled(false);
     if (introActive) Timer_Intro.setEnabled(false);
     lblTiempoT.setCaption("00:00");
@@ -333,7 +334,6 @@ void MusicMp3::ShowTime(double seconds) {
     resumeNext([&] { duration = graph_.Duration(); });
     const double left = vbInt(vbDivide(128 * (seconds * 1000), duration * 1000)) + 1;
     imgNormal(15).setLeft(std::min(left, double(kSeekKnobMax)));
-    paintButton(15, 0);
     rt.loop.doEvents();
 }
 
@@ -400,7 +400,6 @@ void MusicMp3::Minimize_Me() {
 void MusicMp3::Ajust_Volume(double top) {
     top = std::clamp(top, 0.0, double(kVolumeKnobMax));
     imgNormal(16).move(imgNormal(16).left(), top);
-    paintButton(16, 0);
     const int32_t v = clng(top * 100 / kVolumeKnobMax);
     if (volumeDragging) picScroll.canvas().cls();
     if (graphLoaded) {

@@ -488,3 +488,52 @@ TEST(MusicMp3, TheEditorTakesTheFileAndGivesItBack) {
     EXPECT_TRUE(editorGraph.file.empty());
     EXPECT_EQ(t.p.playState, "true");
 }
+
+TEST(MusicMp3, TheAlbumShuffleDrawsAnOrderWithoutRepeats) {
+    const std::string dir = albumDir("shuffle", {"s0.mp3", "s1.mp3", "s2.mp3"});
+    Player t;
+    std::vector<double> draws = {0.5, 0.5, 0.1, 0.9};
+    size_t next = 0;
+    t.p.Randomize = [] {};
+    t.p.Rnd = [&] { return draws.at(next++); };
+    t.openAlbum(dir);
+    t.p.Randomize_Order("Album");
+    // 0.5 gives 1; the second 0.5 clashes and is drawn again.
+    EXPECT_EQ(t.p.shuffleOrder, (std::vector<int16_t>{1, 0, 2}));
+    EXPECT_TRUE(t.p.shuffleReady);
+    EXPECT_EQ(t.graph.rendered, (std::vector<std::string>{dir + "/s1.mp3"}));  // stopped: the first starts
+    t.p.Randomize_Order("Album");  // the current one again: no change, no start
+    EXPECT_EQ(t.graph.rendered.size(), 1u);
+    t.p.Randomize_Order("Album");
+    t.p.Randomize_Order("Album");
+    EXPECT_EQ(t.graph.rendered, (std::vector<std::string>{dir + "/s1.mp3", dir + "/s0.mp3", dir + "/s2.mp3"}));
+    EXPECT_EQ(t.p.shufflePos, 3);
+    t.p.Randomize_Order("Album");  // past the end of the only album
+    EXPECT_EQ(t.p.playState, "false");
+    EXPECT_EQ(next, draws.size());
+}
+
+TEST(MusicMp3, TheAllAlbumShuffleNeverRepeatsAPair) {
+    const std::string one = albumDir("all1", {"a.mp3", "b.mp3"});
+    const std::string two = albumDir("all2", {"c.mp3"});
+    Player t;
+    t.module.albumCount = 2;
+    t.p.picAlbum.load(1).tag = one;
+    t.p.picAlbum.load(2).tag = two;
+    // album 2 track 0; album 2 track 0 again (drawn anew); album 1 track 1; album 1 track 0.
+    std::vector<double> draws = {0.9, 0.0, 0.9, 0.0, 0.1, 0.6, 0.1, 0.2};
+    size_t next = 0;
+    t.p.Rnd = [&] { return draws.at(next++); };
+    t.p.Randomize_Order("All");
+    EXPECT_EQ(t.graph.rendered.back(), two + "/c.mp3");
+    EXPECT_EQ(t.module.currentAlbum, 2);
+    t.p.Randomize_Order("All");
+    EXPECT_EQ(t.graph.rendered.back(), one + "/b.mp3");
+    t.p.Randomize_Order("All");
+    EXPECT_EQ(t.graph.rendered.back(), one + "/a.mp3");
+    EXPECT_EQ(t.p.shuffleHistory, (std::vector<std::string>{"2,0", "1,1", "1,0"}));
+    EXPECT_EQ(t.p.historyCount, 3);
+    t.p.Randomize_Order("All");  // every track has had its turn: no endless draw
+    EXPECT_EQ(next, draws.size());
+    EXPECT_EQ(t.graph.rendered.size(), 3u);
+}
