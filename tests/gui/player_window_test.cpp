@@ -17,33 +17,18 @@
 #include "core/ui/headless.h"
 #include "gui/mini_window.h"
 #include "gui/player_window.h"
+#include "support/fake_media_graph.h"
 
 using namespace velaro;
 
 namespace {
-
-class NoGraph : public platform::MediaGraph {
-public:
-    bool RenderFile(const std::string&) override { return false; }
-    void Run() override {}
-    void Pause() override {}
-    void Stop() override {}
-    void Release() override {}
-    double CurrentPosition() override { return 0; }
-    void SetCurrentPosition(double) override {}
-    double Duration() override { return 0; }
-    int State() override { return 0; }
-    void SetVolume(int) override {}
-    int Volume() override { return 0; }
-    void SetBalance(int) override {}
-};
 
 struct Faces {
     ui::Headless h;
     tags::TagsState state;
     settings::mConfig config;
     player::PlayerModule module;
-    NoGraph graph;
+    velaro::testing::ClockGraph graph{h.loop};
     player::MusicMp3 p{h.rt, state, config, module, graph};
     gui::PlayerWindow full{p};
     gui::MiniWindow mini{p.frmMini};

@@ -13,33 +13,12 @@
 #include "core/player/music_mp3.h"
 #include "core/ui/headless.h"
 #include "core/ui/recording_canvas.h"
+#include "support/fake_media_graph.h"
 
 using namespace velaro;
 using namespace velaro::player;
 
 namespace {
-
-class StillGraph : public platform::MediaGraph {
-public:
-    bool RenderFile(const std::string& p) override {
-        file = p;
-        return true;
-    }
-    void Run() override { state = 2; }
-    void Pause() override { state = 1; }
-    void Stop() override { state = 0; }
-    void Release() override { file.clear(); }
-    double CurrentPosition() override { return position; }
-    void SetCurrentPosition(double s) override { position = s; }
-    double Duration() override { return 200; }
-    int State() override { return state; }
-    void SetVolume(int) override {}
-    int Volume() override { return 0; }
-    void SetBalance(int) override {}
-    std::string file;
-    double position = 0;
-    int state = 0;
-};
 
 class FakeWindows : public platform::WindowService {
 public:
@@ -63,7 +42,7 @@ struct Faces {
     tags::TagsState state;
     settings::mConfig config;
     PlayerModule module;
-    StillGraph graph;
+    velaro::testing::ClockGraph graph{h.loop};
     FakeWindows windows;
     MusicMp3 p{h.rt, state, config, module, graph};
     FrmMini& m = p.frmMini;
@@ -166,7 +145,8 @@ TEST(FrmMini, TheTimeLabelShowsRemainingUntilClicked) {
     f.p.ListaRep.setPath(dir);
     f.p.ListaRep.setListIndex(0);
     Switch_Mini(f.p, true);
-    f.graph.position = 61;
+    f.graph.duration = 200;
+    f.graph.SetCurrentPosition(60.9);
     f.h.loop.advance(100);
     EXPECT_EQ(f.m.lblTiempoT.caption(), "-02:19");
     EXPECT_EQ(f.p.lblTiempoT.caption(), "00:00");  // the full face's label rests in mini mode
