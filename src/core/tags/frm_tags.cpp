@@ -507,7 +507,6 @@ void FrmTags::playTimer_Timer() {
     }
     const std::string now = TimeText(static_cast<int64_t>(roundHalfEven(position)));
     if (!state_.MiniMode) lblTiempoT.setCaption(now);
-    else if (skinned.miniTime) skinned.miniTime(position, duration);
     ShowTime(roundHalfEven(position));
     if (state_.mmp3.HasLyricsTag && state_.LyricsWindowOpen)
         resumeNext([&] {

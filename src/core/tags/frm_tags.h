@@ -30,7 +30,6 @@ struct SkinnedPlayerHook {
     std::function<void()> refreshTag;
     std::function<int()> volume;  // hundredths of a dB
     std::function<void()> enamenu;  // the main window's menus back on
-    std::function<void(double position, double duration)> miniTime;  // the compact face's time label
 };
 
 // The hidden work list's columns behind FILE.
