@@ -20,7 +20,10 @@
 #include "gui/player_window.h"
 #include "gui/qt_dialogs.h"
 #include "gui/qt_loop.h"
+#include "gui/qt_window_service.h"
 #include "gui/silent_device.h"
+#include "gui/tags_window.h"
+#include "core/tags/frm_tags.h"
 
 using namespace velaro;
 
@@ -95,15 +98,33 @@ int main(int argc, char** argv) {
     form.meterStart = [&] { meter.start(); };
     form.meterStop = [&] { meter.stop(); };
 
-    // The skinned player and its compact face, with a media graph of their own.
+    // The tag editor and its lyrics window, made on first use from the MP3 menu.
     tags::TagsState tagsState;
-    settings::mConfig playerConfig;
+    settings::mConfig settingsConfig;
+    // The skinned player and its compact face, with a media graph of their own;
+    // nothing shows them but the options below, and the editor drives the player.
+    gui::QtWindowService windowService;
     player::PlayerModule playerModule;
     engine::EngineMediaGraph playerGraph(ep.audio());
-    player::MusicMp3 musicPlayer(rt, tagsState, playerConfig, playerModule, playerGraph);
+    player::MusicMp3 musicPlayer(rt, tagsState, settingsConfig, playerModule, playerGraph);
     gui::PlayerWindow playerWindow(musicPlayer);
     gui::MiniWindow miniWindow(musicPlayer.frmMini);
+    windowService.attach(musicPlayer, &playerWindow);
+    windowService.attach(musicPlayer.frmMini, &miniWindow);
+    musicPlayer.windows = &windowService;
     musicPlayer.endProgram = [&] { QTimer::singleShot(0, &app, [] { QApplication::exit(0); }); };
+
+    std::unique_ptr<tags::FrmTags> frmTags;
+    std::unique_ptr<gui::TagsWindow> tagsWindow;
+    form.showTags = [&] {
+        if (!frmTags) {
+            frmTags = std::make_unique<tags::FrmTags>(rt, tagsState, settingsConfig, ep.media());
+            frmTags->skinned.enamenu = [&] { form.enamenu(); };
+            musicPlayer.attachEditor(*frmTags);
+            tagsWindow = std::make_unique<gui::TagsWindow>(*frmTags, &window);
+        }
+        frmTags->show();
+    };
 
     int exitCode = 0;
     form.endProgram = [&](int code) {

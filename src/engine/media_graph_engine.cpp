@@ -13,7 +13,7 @@ namespace velaro::engine {
 // thread reads only below `decoded`.
 struct EngineMediaGraph::Track {
     std::vector<int16_t> frames;  // stereo, interleaved
-    int64_t length = 0;           // frames expected at the engine's rate
+    std::atomic<int64_t> length{0};  // frames expected at the engine's rate; the decoded count once done
     std::atomic<int64_t> decoded{0};
     std::atomic<bool> cancel{false};
     std::thread worker;
@@ -62,7 +62,7 @@ struct EngineMediaGraph::Track {
         }
         if (src) src_delete(src);
         decoder.close();  // the file is free as soon as it is read
-        length = at;
+        length.store(at);
     }
 };
 
@@ -98,7 +98,7 @@ bool EngineMediaGraph::RenderFile(const std::string& path) {
     t->ratio = double(engine_.sampleRate()) / t->decoder.rate();
     t->length = static_cast<int64_t>(std::ceil(t->decoder.lengthFrames() * t->ratio));
     try {
-        t->frames.assign(static_cast<size_t>(t->length + 64) * 2, 0);
+        t->frames.assign(static_cast<size_t>(t->length.load() + 64) * 2, 0);
     } catch (const std::bad_alloc&) {
         error_ = "the file is too long to play here";
         return false;
@@ -132,13 +132,13 @@ double EngineMediaGraph::CurrentPosition() { return double(position_.load()) / e
 void EngineMediaGraph::SetCurrentPosition(double seconds) {
     const Track* t = track_.load();
     if (!t) return;
-    const int64_t frame = std::clamp<int64_t>(std::llround(std::max(0.0, seconds) * engine_.sampleRate()), 0, t->length);
+    const int64_t frame = std::clamp<int64_t>(std::llround(std::max(0.0, seconds) * engine_.sampleRate()), 0, t->length.load());
     position_.store(frame);
 }
 
 double EngineMediaGraph::Duration() {
     const Track* t = track_.load();
-    return t ? double(t->length) / engine_.sampleRate() : 0.0;
+    return t ? double(t->length.load()) / engine_.sampleRate() : 0.0;
 }
 
 int EngineMediaGraph::State() { return track_.load() ? state_.load() : 0; }
@@ -156,7 +156,8 @@ void EngineMediaGraph::process(float* left, float* right, int frames) noexcept {
         const float gr = b < 0 ? std::pow(10.0f, float(b) / 2000.0f) : 1.0f;
         int64_t pos = position_.load(std::memory_order_relaxed);
         const int64_t ready = t->decoded.load(std::memory_order_acquire);
-        for (int i = 0; i < frames && pos < t->length; ++i) {
+        const int64_t end = t->length.load(std::memory_order_acquire);
+        for (int i = 0; i < frames && pos < end; ++i) {
             if (pos < ready) {
                 left[i] += t->frames[size_t(pos * 2)] * (gain * gl / 32767.0f);
                 right[i] += t->frames[size_t(pos * 2 + 1)] * (gain * gr / 32767.0f);

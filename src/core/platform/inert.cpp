@@ -46,6 +46,7 @@ InertPlatform::InertPlatform() {
     platform_.songEffects = &effects_;
     platform_.devices = &devices_;
     platform_.media = &media_;
+    platform_.windows = &windows_;
     platform_.wave = &wave_;
     platform_.mixer = &mixer_;
     platform_.meter = &meter_;

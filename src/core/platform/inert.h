@@ -96,6 +96,15 @@ private:
     int volume_ = 0;
 };
 
+// A desktop without window effects: nothing stays on top, nothing fades, nothing moves.
+class InertWindowService : public WindowService {
+public:
+    void setTopMost(ui::Form&, bool) override {}
+    bool layeredWindows() override { return false; }
+    void setOpacity(ui::Form&, int) override {}
+    void startMove(ui::Form&) override {}
+};
+
 // No wave device on this machine: every command answers "no such device".
 class InertWaveDevice : public WaveDevice {
 public:
@@ -200,6 +209,7 @@ private:
     InertSongEffects effects_;
     InertSoundDevices devices_;
     InertMediaGraph media_;
+    InertWindowService windows_;
     InertWaveDevice wave_;
     InertSystemMixer mixer_;
     InertMeterCapture meter_;

@@ -13,6 +13,7 @@
 #include "sound_devices.h"
 #include "system_mixer.h"
 #include "wave_device.h"
+#include "window_service.h"
 
 namespace velaro::platform {
 
@@ -31,6 +32,7 @@ struct Platform {
     CdLibrary* cd = nullptr;
     ProcessLauncher* processes = nullptr;
     FileSystem* files = nullptr;
+    WindowService* windows = nullptr;
 };
 
 }  // namespace velaro::platform

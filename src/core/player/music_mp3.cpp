@@ -794,12 +794,8 @@ void MusicMp3::attachEditor(tags::FrmTags& editor) {
     h.pause = [this] { Pause_Play(); };
     h.refreshTag = [this] { Load_File_Tags(); };
     h.volume = [this] { return volumeLevel; };
-    h.miniTime = [this](double pos, double duration) {
-        resumeNext([&] {
-            frmMini.lblTiempoT.setCaption(frmMini.ShowElapsed ? Convert_Time(clng(pos))
-                                                              : "-" + Convert_Time(clng(duration - pos)));
-        });
-    };
+    h.setMiniTime = [this](const std::string& text) { frmMini.lblTiempoT.setCaption(text); };
+    h.miniShowsElapsed = [this] { return frmMini.ShowElapsed; };
 }
 
 }  // namespace velaro::player

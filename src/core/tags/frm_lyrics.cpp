@@ -47,7 +47,22 @@ void FrmLyrics::Form_Load() {
     lblLyrics(0).setFont(f);
 }
 
-void FrmLyrics::Form_Unload(int&) { state_.LyricsWindowOpen = false; }
+void FrmLyrics::Form_Unload(int&) {
+    state_.LyricsWindowOpen = false;
+    // Unloading ends the labels loaded at run time and brings back the design's captions.
+    for (int i = lblLyrics.ubound(); i > 0; --i) lblLyrics.unload(i);
+    ui::Label& first = lblLyrics(0);
+    first.setCaption("Letras");
+    first.setForeColor(0x000000);
+    first.move(first.left(), 0);
+    ui::Font f = first.font();
+    f.bold = false;
+    first.setFont(f);
+    Lblyr.setCaption("");
+    LyricsRef.clear();
+    picLyrics.move(picLyrics.left(), 0);
+    lyricIndex = pageLine = lyricLast = 0;
+}
 
 void FrmLyrics::Order_lblLyrics() {
     if (LyricsRef.listCount() == 0) return;

@@ -506,7 +506,12 @@ void FrmTags::playTimer_Timer() {
         }
     }
     const std::string now = TimeText(static_cast<int64_t>(roundHalfEven(position)));
-    if (!state_.MiniMode) lblTiempoT.setCaption(now);
+    if (!state_.MiniMode) {
+        lblTiempoT.setCaption(now);
+    } else if (skinned.setMiniTime) {
+        const bool elapsed = !skinned.miniShowsElapsed || skinned.miniShowsElapsed();
+        skinned.setMiniTime(elapsed ? now : "-" + TimeText(static_cast<int64_t>(roundHalfEven(duration - position))));
+    }
     ShowTime(roundHalfEven(position));
     if (state_.mmp3.HasLyricsTag && state_.LyricsWindowOpen)
         resumeNext([&] {

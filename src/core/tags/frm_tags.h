@@ -30,6 +30,9 @@ struct SkinnedPlayerHook {
     std::function<void()> refreshTag;
     std::function<int()> volume;  // hundredths of a dB
     std::function<void()> enamenu;  // the main window's menus back on
+    // The compact player's time label, and whether it shows the time gone (else the time left).
+    std::function<void(const std::string&)> setMiniTime;
+    std::function<bool()> miniShowsElapsed;
 };
 
 // The hidden work list's columns behind FILE.

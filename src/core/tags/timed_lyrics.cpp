@@ -6,6 +6,7 @@
 #include <fstream>
 #include <iterator>
 #include <optional>
+#include <string_view>
 
 #include "../base/byte_text.h"
 #include "../base/vb_error.h"
@@ -102,25 +103,25 @@ std::string TimeText(int64_t seconds) {
 void UndoStack::reset() {
     undoCapacity = 10;
     undoCount = 0;
-    slots.assign(10, 0);
+    stack.assign(10, 0);
 }
 
 void UndoStack::PushUndo(int32_t position) {
     ++undoCount;
     if (undoCount > undoCapacity) {
         undoCapacity += 10;
-        slots.resize(static_cast<size_t>(undoCapacity), 0);
+        stack.resize(static_cast<size_t>(undoCapacity), 0);
     }
-    slots[static_cast<size_t>(undoCount - 1)] = position;
+    stack[static_cast<size_t>(undoCount - 1)] = position;
 }
 
 int32_t UndoStack::PopUndo() {
     if (undoCount == 0) return 0;
-    const int32_t entry = slots[static_cast<size_t>(undoCount - 1)];
+    const int32_t entry = stack[static_cast<size_t>(undoCount - 1)];
     --undoCount;
     if (undoCount < undoCapacity - 10) {
         undoCapacity -= 10;
-        slots.resize(static_cast<size_t>(undoCapacity));
+        stack.resize(static_cast<size_t>(undoCapacity));
     }
     return entry;
 }
@@ -241,7 +242,57 @@ std::vector<std::string> LyricEntries(const std::string& text) {
     return entries;
 }
 
+namespace {
+
+// The list box sorts as the system's case-blind word sort does: blanks and
+// punctuation before digits, digits before letters, letters without regard
+// to case or accent, hyphens and apostrophes only breaking ties.
+constexpr std::string_view kPunctuation = " !\"#$%&()*,./:;?@[\\]^_`{|}~+<=>";
+
+int primaryWeight(unsigned char b) {
+    if (b == '-' || b == '\'') return -1;  // ignored at this level
+    if (b < 0x20) return 1;
+    if (const size_t p = kPunctuation.find(static_cast<char>(b)); p != std::string_view::npos && b < 0x80)
+        return 2 + static_cast<int>(p);
+    if (b >= '0' && b <= '9') return 100 + (b - '0');
+    char base = 0;
+    if ((b >= 'a' && b <= 'z') || (b >= 'A' && b <= 'Z')) base = static_cast<char>(b | 0x20);
+    else if (b >= 0xC0) {
+        static const char kBase[] = "aaaaaaaceeeeiiiidnooooo*ouuuuyts" "aaaaaaaceeeeiiiidnooooo/ouuuuyty";
+        base = kBase[b - 0xC0];
+        if (base == '*' || base == '/') return 40 + b;  // × and ÷ are signs
+    } else {
+        switch (b) {
+            case 0x8A: case 0x9A: base = 's'; break;
+            case 0x8E: case 0x9E: base = 'z'; break;
+            case 0x8C: case 0x9C: base = 'o'; break;
+            case 0x9F: base = 'y'; break;
+            case 0x83: base = 'f'; break;
+            default: return 40 + b;  // other signs after the plain punctuation
+        }
+    }
+    return 200 + (base - 'a');
+}
+
+int primaryCompare(const std::string& a, const std::string& b) {
+    size_t i = 0, j = 0;
+    for (;;) {
+        int wa = -1, wb = -1;
+        while (i < a.size() && (wa = primaryWeight(static_cast<unsigned char>(a[i]))) < 0) ++i;
+        while (j < b.size() && (wb = primaryWeight(static_cast<unsigned char>(b[j]))) < 0) ++j;
+        const bool endA = i >= a.size(), endB = j >= b.size();
+        if (endA || endB) return endA == endB ? 0 : (endA ? -1 : 1);
+        if (wa != wb) return wa < wb ? -1 : 1;
+        ++i;
+        ++j;
+    }
+}
+
+}  // namespace
+
 bool lyricsRefLess(const std::string& a, const std::string& b) {
+    if (const int p = primaryCompare(a, b); p != 0) return p < 0;
+    // Equal at first sight: accents and hyphens decide, case never does.
     const size_t n = std::min(a.size(), b.size());
     for (size_t i = 0; i < n; ++i) {
         const char32_t x = folded(a[i]), y = folded(b[i]);

@@ -18,7 +18,7 @@ std::string TimeText(int64_t seconds);
 // The stamps' character positions, for Undo. Capacity grows and shrinks by
 // ten as the old array did; only the figures are observable.
 struct UndoStack {
-    std::vector<int32_t> slots = std::vector<int32_t>(10);  // index 0 is slot 1
+    std::vector<int32_t> stack = std::vector<int32_t>(10);  // index 0 is slot 1
     int32_t undoCapacity = 10;
     int32_t undoCount = 0;
     void reset();

@@ -420,6 +420,19 @@ TEST(MusicMp3, TheEditorTakesTheFileAndGivesItBack) {
     EXPECT_EQ(t.state.PlayerState, "false");
     EXPECT_TRUE(editorGraph.file.empty());
     EXPECT_EQ(t.p.playState, "true");
+
+    // In mini mode the editor's own clock goes to the compact face's label, as that face shows it.
+    t.p.Stop_Player();
+    Switch_Mini(t.p, true);
+    t.h.dialogs.answerFile(dir + "/e.mp3");
+    editor.btnParcourSon.userClick();
+    editor.cmdPlayer(1).userClick();
+    EXPECT_EQ(editorGraph.file, dir + "/e.mp3");
+    t.h.loop.advance(2050);
+    EXPECT_EQ(t.p.frmMini.lblTiempoT.caption(), "-00:28");
+    t.p.frmMini.lblTiempoT.userClick();
+    t.h.loop.advance(1000);
+    EXPECT_EQ(t.p.frmMini.lblTiempoT.caption(), "00:03");
 }
 
 TEST(MusicMp3, TheAlbumShuffleDrawsAnOrderWithoutRepeats) {

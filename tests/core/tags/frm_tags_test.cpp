@@ -244,6 +244,18 @@ TEST(TagEditor, SlidersAndLeaving) {
     e.graph.position = 50;
     e.h.loop.advance(100);
     EXPECT_EQ(e.f.imgNormal(15).left(), 65);
+    // In mini mode the compact player's label shows the time, here the time left.
+    std::string mini;
+    e.f.skinned.setMiniTime = [&](const std::string& t) { mini = t; };
+    e.f.skinned.miniShowsElapsed = [] { return false; };
+    e.state.MiniMode = true;
+    e.graph.position = 30.4;
+    e.h.loop.advance(100);
+    EXPECT_EQ(mini, "-01:10");
+    EXPECT_EQ(e.f.lblTiempoT.caption(), "00:50");
+    e.state.MiniMode = false;
+    e.graph.position = 50;
+    e.h.loop.advance(100);
     e.f.SliderReproduccioN_Down(10);
     e.f.SliderReproduccioN_Move(20);  // the thumb runs ahead of the mouse
     e.f.SliderReproduccioN_Move(20);

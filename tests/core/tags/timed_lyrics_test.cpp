@@ -88,8 +88,8 @@ TEST(Stamp, SameSecondTwiceGoesInFront) {
     ASSERT_TRUE(b.stamp(10));
     EXPECT_EQ(b.txt.text(), "[00:10][00:10]la la\r\nnext\r\n");
     EXPECT_EQ(b.undo.undoCount, 2);
-    EXPECT_EQ(b.undo.slots[0], 0);
-    EXPECT_EQ(b.undo.slots[1], 0);
+    EXPECT_EQ(b.undo.stack[0], 0);
+    EXPECT_EQ(b.undo.stack[1], 0);
 }
 
 TEST(Stamp, BlankLineBetweenVersesIsStampedAndCaretMovesOn) {
@@ -106,7 +106,7 @@ TEST(Stamp, KeepsTheMarksOfALineInTimeOrder) {
     Box late("x\r\n[00:40]la\r\n", 3);
     ASSERT_TRUE(late.stamp(50));
     EXPECT_EQ(late.txt.text(), "x\r\n[00:40][00:50]la\r\n");
-    EXPECT_EQ(late.undo.slots[0], 10);
+    EXPECT_EQ(late.undo.stack[0], 10);
     // A mark on the next line is not this line's.
     Box next("la\r\n[00:05]b\r\n");
     ASSERT_TRUE(next.stamp(9));
@@ -197,6 +197,11 @@ TEST(ShowLyrics, SortedByTextIgnoringCase) {
     EXPECT_EQ(sorted("[1:05]x\r\n[01:00]y\r\n[00:59]z\r\n"),
               (std::vector<std::string>{"00:59    z", "01:00    y", "1:05    x"}));
     EXPECT_EQ(sorted("[Ar:x]\r\n[al:y]\r\n"), (std::vector<std::string>{"al:y    ", "Ar:x    "}));
+    // Signs before digits before letters, accents and hyphens only as a tie-break.
+    EXPECT_EQ(sorted("[10:00]a\r\n[1:05]b\r\n[ti:x]\r\n[#1]c\r\n"),
+              (std::vector<std::string>{"#1    c", "1:05    b", "10:00    a", "ti:x    "}));
+    EXPECT_EQ(sorted("[00:01]\xE9t\xE9\r\n[00:01]ez\r\n[00:01]et\xE9\r\n[00:01]e-a\r\n"),
+              (std::vector<std::string>{"00:01    e-a", "00:01    et\xE9", "00:01    \xE9t\xE9", "00:01    ez"}));
 }
 
 TEST(Walk, PassesAnEntryWhenTheClockIsLaterAndWalksBack) {
