@@ -79,6 +79,13 @@ int vbShift(Qt::KeyboardModifiers m) {
     return (m & Qt::ShiftModifier ? 1 : 0) | (m & Qt::ControlModifier ? 2 : 0) | (m & Qt::AltModifier ? 4 : 0);
 }
 
+// A press, a move (with the left button's state) or a release, as the models take it.
+void forwardMouse(const ui::MouseHandler& handler, QMouseEvent* e) {
+    if (!handler) return;
+    const int button = e->type() == QEvent::MouseMove ? (e->buttons() & Qt::LeftButton ? 1 : 0) : vbButton(e->button());
+    handler(button, vbShift(e->modifiers()), e->position().x(), e->position().y());
+}
+
 // ---------------------------------------------------------------- SkinCanvas
 
 SkinCanvas::SkinCanvas(ui::PictureBox& box, QWidget* parent) : QWidget(parent), box_(box) {
@@ -163,19 +170,18 @@ void SkinCanvas::paintEvent(QPaintEvent*) {
 }
 
 void SkinCanvas::mousePressEvent(QMouseEvent* e) {
-    if (box_.MouseDown) box_.MouseDown(vbButton(e->button()), vbShift(e->modifiers()), e->position().x(), e->position().y());
+    forwardMouse(box_.MouseDown, e);
 }
 
 void SkinCanvas::mouseMoveEvent(QMouseEvent* e) {
-    if (box_.MouseMove)
-        box_.MouseMove(e->buttons() & Qt::LeftButton ? 1 : 0, vbShift(e->modifiers()), e->position().x(), e->position().y());
+    forwardMouse(box_.MouseMove, e);
 }
 
 void SkinCanvas::mouseReleaseEvent(QMouseEvent* e) {
     // The model may unload the whole window in here; keep the control until done.
     ui::PictureBox& box = box_;
     const bool inside = rect().contains(e->position().toPoint());
-    if (box.MouseUp) box.MouseUp(vbButton(e->button()), vbShift(e->modifiers()), e->position().x(), e->position().y());
+    forwardMouse(box.MouseUp, e);
     if (inside && e->button() == Qt::LeftButton && box.Click) box.Click();
 }
 
@@ -188,22 +194,22 @@ SkinLabel::SkinLabel(ui::Control& c, QWidget* parent) : QLabel(parent), c_(c) {
 }
 
 void SkinLabel::mousePressEvent(QMouseEvent* e) {
-    if (c_.MouseDown) c_.MouseDown(vbButton(e->button()), vbShift(e->modifiers()), e->position().x(), e->position().y());
+    forwardMouse(c_.MouseDown, e);
 }
 
 void SkinLabel::mouseMoveEvent(QMouseEvent* e) {
-    if (c_.MouseMove)
-        c_.MouseMove(e->buttons() & Qt::LeftButton ? 1 : 0, vbShift(e->modifiers()), e->position().x(), e->position().y());
+    forwardMouse(c_.MouseMove, e);
 }
 
 void SkinLabel::mouseReleaseEvent(QMouseEvent* e) {
-    if (c_.MouseUp) c_.MouseUp(vbButton(e->button()), vbShift(e->modifiers()), e->position().x(), e->position().y());
+    forwardMouse(c_.MouseUp, e);
     if (rect().contains(e->position().toPoint()) && e->button() == Qt::LeftButton) c_.userClick();
 }
 
 void followGeometry(ui::Control& c, QWidget* w, QPoint origin) {
     auto place = [w, origin](ui::Control& ctl) {
-        w->setGeometry(origin.x() + int(ctl.left()), origin.y() + int(ctl.top()), int(ctl.width()), int(ctl.height()));
+        w->setGeometry(origin.x() + int(ctl.left()), origin.y() + int(ctl.top()), int(ctl.width()),
+                       int(ctl.height()));
         w->setVisible(ctl.visible());
     };
     place(c);
@@ -228,7 +234,8 @@ PlayerWindow::PlayerWindow(player::MusicMp3& p, QWidget* parent) : FormWindow(p,
     followGeometry(p.ImagenCaratulA, cover_);
     auto showCover = [this](ui::Control&) {
         const QPixmap pm(QString::fromStdString(p_.ImagenCaratulA.picture()));
-        cover_->setPixmap(pm.isNull() ? QPixmap() : pm.scaled(cover_->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
+        cover_->setPixmap(pm.isNull() ? QPixmap()
+                                      : pm.scaled(cover_->size(), Qt::KeepAspectRatio, Qt::SmoothTransformation));
     };
     showCover(p.ImagenCaratulA);
     p.ImagenCaratulA.addObserver(showCover);
@@ -239,7 +246,8 @@ PlayerWindow::PlayerWindow(player::MusicMp3& p, QWidget* parent) : FormWindow(p,
     auto syncList = [list, this](ui::Control&) {
         const int n = p_.ListaRep.listCount();
         bool same = list->count() == n;
-        for (int i = 0; same && i < n; ++i) same = list->item(i)->text() == QString::fromStdString(p_.ListaRep.list(i));
+        for (int i = 0; same && i < n; ++i)
+            same = list->item(i)->text() == QString::fromStdString(p_.ListaRep.list(i));
         if (!same) {
             list->clear();
             for (int i = 0; i < n; ++i) list->addItem(QString::fromStdString(p_.ListaRep.list(i)));

@@ -34,6 +34,7 @@ void installSkin(const settings::mConfig& config);
 // Mouse buttons and shift keys as the models count them.
 int vbButton(Qt::MouseButton b);
 int vbShift(Qt::KeyboardModifiers m);
+void forwardMouse(const ui::MouseHandler& handler, QMouseEvent* e);
 
 // A picture box on screen: paints strip cells and text into a see-through image.
 class SkinCanvas : public QWidget, public ui::Canvas {

@@ -89,8 +89,8 @@ void FileListBox::setPath(const std::string& folder) {
         if (!it->is_regular_file(fe)) continue;
         const std::string name = it->path().filename().string();
         const std::string lower = lcase(name);
-        if (std::any_of(patterns.begin(), patterns.end(), [&](const std::string& p) { return likeMatch(lower, p); }))
-            names.push_back(name);
+        auto matches = [&](const std::string& p) { return likeMatch(lower, p); };
+        if (std::any_of(patterns.begin(), patterns.end(), matches)) names.push_back(name);
     }
     std::sort(names.begin(), names.end(), [](const std::string& a, const std::string& b) {
         const std::string la = lcase(a), lb = lcase(b);
@@ -720,7 +720,7 @@ void MusicMp3::Randomize_Order(const std::string& mode) {
                 do {
                     draw = checked16(int(vbInt(count * Rnd())));
                     rt.loop.doEvents();
-                } while (std::find(shuffleOrder.begin(), shuffleOrder.begin() + i, draw) != shuffleOrder.begin() + i);
+                } while (std::count(shuffleOrder.begin(), shuffleOrder.begin() + i, draw) != 0);
                 shuffleOrder[i] = draw;
             }
             shuffleReady = true;
