@@ -82,7 +82,8 @@ int vbShift(Qt::KeyboardModifiers m) {
 // A press, a move (with the left button's state) or a release, as the models take it.
 void forwardMouse(const ui::MouseHandler& handler, QMouseEvent* e) {
     if (!handler) return;
-    const int button = e->type() == QEvent::MouseMove ? (e->buttons() & Qt::LeftButton ? 1 : 0) : vbButton(e->button());
+    const bool move = e->type() == QEvent::MouseMove;
+    const int button = move ? (e->buttons() & Qt::LeftButton ? 1 : 0) : vbButton(e->button());
     handler(button, vbShift(e->modifiers()), e->position().x(), e->position().y());
 }
 
