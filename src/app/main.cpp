@@ -1,6 +1,7 @@
 // velaro-deck: the desktop program.
 //
-// usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]]] [--cd-image IMAGE.cue]...
+// usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]] [--show-player | --show-mini]]
+//                    [--cd-image IMAGE.cue]...
 
 #include <QApplication>
 #include <QElapsedTimer>
@@ -20,8 +21,12 @@
 #include "gui/main_window.h"
 #include "gui/meter_window.h"
 #include "gui/playlist_window.h"
+#include "engine/media_graph_engine.h"
+#include "gui/mini_window.h"
+#include "gui/player_window.h"
 #include "gui/qt_dialogs.h"
 #include "gui/qt_loop.h"
+#include "gui/qt_window_service.h"
 #include "gui/silent_device.h"
 #include "gui/tags_window.h"
 #include "core/tags/frm_tags.h"
@@ -35,6 +40,8 @@ struct Options {
     std::string open;
     int playMs = -1;
     std::vector<std::string> cdImages;  // disc images the CD window lists after the drives
+    // Which face of the skinned player to show (for a screenshot): "player" or "mini".
+    std::string face;
 };
 
 bool parse(int argc, char** argv, Options& o) {
@@ -61,6 +68,14 @@ bool parse(int argc, char** argv, Options& o) {
             o.playMs = std::atoi(v.c_str());
             if (o.playMs >= 0) continue;
         }
+        if (a == "--show-player") {
+            o.face = "player";
+            continue;
+        }
+        if (a == "--show-mini") {
+            o.face = "mini";
+            continue;
+        }
         if (a == "--help" || a == "-h") return false;
         std::fprintf(stderr, "velaro-deck: unknown or incomplete option %s\n", a.c_str());
         return false;
@@ -73,7 +88,9 @@ bool parse(int argc, char** argv, Options& o) {
 int main(int argc, char** argv) {
     Options o;
     if (!parse(argc, argv, o)) {
-        std::fprintf(stderr, "usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]]] [--cd-image IMAGE.cue]...\n");
+        std::fprintf(stderr,
+                     "usage: velaro-deck [--screenshot FILE.png [--open SONG [--play-ms N]] [--show-player | "
+                     "--show-mini]] [--cd-image IMAGE.cue]...\n");
         return 2;
     }
     // A screenshot needs no screen.
@@ -108,12 +125,26 @@ int main(int argc, char** argv) {
     // The tag editor and its lyrics window, made on first use from the MP3 menu.
     tags::TagsState tagsState;
     settings::mConfig settingsConfig;
+    // The skinned player and its compact face, with a media graph of their own;
+    // nothing shows them but the options below, and the editor drives the player.
+    gui::QtWindowService windowService;
+    player::PlayerModule playerModule;
+    engine::EngineMediaGraph playerGraph(ep.audio());
+    player::MusicMp3 musicPlayer(rt, tagsState, settingsConfig, playerModule, playerGraph);
+    gui::PlayerWindow playerWindow(musicPlayer);
+    gui::MiniWindow miniWindow(musicPlayer.frmMini);
+    windowService.attach(musicPlayer, &playerWindow);
+    windowService.attach(musicPlayer.frmMini, &miniWindow);
+    musicPlayer.windows = &windowService;
+    musicPlayer.endProgram = [&] { QTimer::singleShot(0, &app, [] { QApplication::exit(0); }); };
+
     std::unique_ptr<tags::FrmTags> frmTags;
     std::unique_ptr<gui::TagsWindow> tagsWindow;
     form.showTags = [&] {
         if (!frmTags) {
             frmTags = std::make_unique<tags::FrmTags>(rt, tagsState, settingsConfig, ep.media());
             frmTags->skinned.enamenu = [&] { form.enamenu(); };
+            musicPlayer.attachEditor(*frmTags);
             tagsWindow = std::make_unique<gui::TagsWindow>(*frmTags, &window);
         }
         frmTags->show();
@@ -143,10 +174,18 @@ int main(int argc, char** argv) {
         form.OpenFile();
         if (o.playMs >= 0) form.Cmd_Play_Click();
     }
+    if (!o.face.empty()) {
+        musicPlayer.load();
+        musicPlayer.show();
+        if (o.face == "mini") player::Switch_Mini(musicPlayer, true);
+    }
     if (!o.screenshot.empty()) {
         const int wait = o.playMs >= 0 ? o.playMs : 300;
         QTimer::singleShot(wait, &app, [&] {
-            const bool saved = window.grab().save(QString::fromStdString(o.screenshot));
+            QWidget& shown = o.face == "player" ? static_cast<QWidget&>(playerWindow)
+                             : o.face == "mini" ? static_cast<QWidget&>(miniWindow)
+                                                : static_cast<QWidget&>(window);
+            const bool saved = shown.grab().save(QString::fromStdString(o.screenshot));
             if (!saved) std::fprintf(stderr, "velaro-deck: cannot write %s\n", o.screenshot.c_str());
             QApplication::exit(saved ? 0 : 1);
         });
