@@ -38,7 +38,13 @@ struct MainForm : ::testing::Test {
         return q;
     }();
     std::unique_ptr<song::frmMain> f;
-    std::string cwd = std::filesystem::current_path().string();
+    // The start moves into the application folder, which an earlier test may
+    // have removed: then the temporary folder stands in.
+    std::string cwd = [] {
+        std::error_code ec;
+        const auto here = std::filesystem::current_path(ec);
+        return ec ? std::filesystem::temp_directory_path().string() : here.string();
+    }();
 
     void SetUp() override {
         std::filesystem::remove_all(home);
