@@ -1,11 +1,12 @@
 # The two set-up commands: `make demo` and `make check`.
 BUILD ?= build
 SAN_BUILD ?= build-san
+TSAN_BUILD ?= build-tsan
 FUZZ_BUILD ?= build-fuzz
 SECONDS ?= 60
 JOBS ?= $(shell nproc)
 
-.PHONY: all deps build demo gui check check-san bench fuzz clean
+.PHONY: all deps build demo gui check check-san check-tsan bench fuzz clean
 
 all: build
 
@@ -39,6 +40,14 @@ check-san: deps
 	cmake --build $(SAN_BUILD) -j $(JOBS)
 	cd $(SAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest --output-on-failure -j $(JOBS)
 
+# The engine's tests (sequencer, synthesiser, recorder, streams, effects,
+# devices) under ThreadSanitizer; suppressions only for third-party libraries.
+check-tsan: deps
+	cmake -S . -B $(TSAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVELARO_TSAN=ON
+	cmake --build $(TSAN_BUILD) -j $(JOBS) --target engine_tests
+	cd $(TSAN_BUILD) && TSAN_OPTIONS="halt_on_error=1 suppressions=$(CURDIR)/tests/tsan.supp" \
+	  ctest --output-on-failure -j $(JOBS) -E '_NOT_BUILT|^fuzz_corpus'
+
 bench: build
 	$(BUILD)/bench/bench_readfile
 	$(BUILD)/bench/bench_render
@@ -60,4 +69,4 @@ fuzz: deps
 	scripts/run-fuzz $(FUZZ_BUILD) $(SECONDS)
 
 clean:
-	rm -rf $(BUILD) $(SAN_BUILD) $(FUZZ_BUILD)
+	rm -rf $(BUILD) $(SAN_BUILD) $(TSAN_BUILD) $(FUZZ_BUILD)
