@@ -11,28 +11,13 @@
 #include <random>
 #include <vector>
 
+#include "support/tone_wav.h"
 #include "core/base/paths.h"
 #include "support/song_bytes.h"
 
 using namespace velaro::testing;
 
 namespace {
-
-std::string encodeTone(double seconds) {
-    lame_global_flags* gf = lame_init();
-    lame_set_in_samplerate(gf, 44100);
-    lame_set_num_channels(gf, 2);
-    lame_set_brate(gf, 128);
-    lame_init_params(gf);
-    const int n = static_cast<int>(seconds * 44100);
-    std::vector<short> l(n), r(n);
-    for (int i = 0; i < n; ++i) l[i] = r[i] = static_cast<short>(6000 * std::sin(2 * M_PI * 330 * i / 44100.0));
-    std::vector<unsigned char> out(static_cast<size_t>(1.25 * n + 7200));
-    int bytes = lame_encode_buffer(gf, l.data(), r.data(), n, out.data(), static_cast<int>(out.size()));
-    bytes += lame_encode_flush(gf, out.data() + bytes, static_cast<int>(out.size()) - bytes);
-    lame_close(gf);
-    return std::string(reinterpret_cast<char*>(out.data()), static_cast<size_t>(bytes));
-}
 
 struct Out {
     int code;
@@ -69,7 +54,7 @@ TEST(LyricsCommand, TextFileGivesTheEditorsTextAndSortedEntries) {
 }
 
 TEST(LyricsCommand, TaggedMp3AndTheWalk) {
-    const std::string mp3 = writeTemp("cli-lyrics.mp3", encodeTone(2.0));
+    const std::string mp3 = writeTemp("cli-lyrics.mp3", velaro::testing::mp3Tone(2.0));
     const std::string lrc = writeTemp("cli-lyrics.txt", kLrc);
     ASSERT_EQ(run("tag " + mp3 + " --title Prova --lyrics-file " + lrc).code, 0);
     // The tag keeps the file's bytes: the last piece has no line end and gives no entry.
@@ -106,7 +91,7 @@ TEST(LyricsCommand, BadInputNeverCrashes) {
 }
 
 TEST(KaraokeCommand, PlaysToTheEndWithTheLyricPage) {
-    const std::string mp3 = writeTemp("karaoke.mp3", encodeTone(2.5));
+    const std::string mp3 = writeTemp("karaoke.mp3", velaro::testing::mp3Tone(2.5));
     const std::string lrc = writeTemp("karaoke.txt", "[00:00]one\r\n[00:01]two\r\n");
     ASSERT_EQ(run("tag " + mp3 + " --title K --lyrics-file " + lrc).code, 0);
     const Out o = run("karaoke " + mp3 + " --no-device");

@@ -104,28 +104,12 @@ TEST(EngineMediaGraph, DecodesAheadOnItsWorker) {
 
 namespace {
 
-std::string encodeMp3(double seconds) {
-    lame_global_flags* gf = lame_init();
-    lame_set_in_samplerate(gf, 44100);
-    lame_set_num_channels(gf, 2);
-    lame_set_brate(gf, 128);
-    lame_init_params(gf);
-    const int n = static_cast<int>(seconds * 44100);
-    std::vector<short> l(n), r(n);
-    for (int i = 0; i < n; ++i) l[i] = r[i] = static_cast<short>(6000 * std::sin(2 * M_PI * 330 * i / 44100.0));
-    std::vector<unsigned char> out(static_cast<size_t>(1.25 * n + 7200));
-    int bytes = lame_encode_buffer(gf, l.data(), r.data(), n, out.data(), static_cast<int>(out.size()));
-    bytes += lame_encode_flush(gf, out.data() + bytes, static_cast<int>(out.size()) - bytes);
-    lame_close(gf);
-    return std::string(reinterpret_cast<char*>(out.data()), static_cast<size_t>(bytes));
-}
-
 }  // namespace
 
 // Play, press Add at each line as the song goes, let it end, save, reopen.
 TEST(EngineMediaGraph, TheEditorStampsARealSongAndKeepsItsAudio) {
     const std::string mp3 = ::testing::TempDir() + "/editor-round.mp3";
-    const std::string audio = encodeMp3(6.0);
+    const std::string audio = velaro::testing::mp3Tone(6.0);
     writeWholeFile(mp3, audio);
     ui::Headless h;
     engine::AudioEngine engine(44100);

@@ -14,6 +14,7 @@
 
 #include <cmath>
 
+#include "support/tone_wav.h"
 #include "core/base/paths.h"
 #include "core/tags/frm_tags.h"
 #include "core/ui/scripted_dialogs.h"
@@ -24,22 +25,6 @@
 using namespace velaro;
 
 namespace {
-
-std::string encodeTone(double seconds) {
-    lame_global_flags* gf = lame_init();
-    lame_set_in_samplerate(gf, 44100);
-    lame_set_num_channels(gf, 2);
-    lame_set_brate(gf, 128);
-    lame_init_params(gf);
-    const int n = static_cast<int>(seconds * 44100);
-    std::vector<short> l(n), r(n);
-    for (int i = 0; i < n; ++i) l[i] = r[i] = static_cast<short>(6000 * std::sin(2 * M_PI * 330 * i / 44100.0));
-    std::vector<unsigned char> out(static_cast<size_t>(1.25 * n + 7200));
-    int bytes = lame_encode_buffer(gf, l.data(), r.data(), n, out.data(), static_cast<int>(out.size()));
-    bytes += lame_encode_flush(gf, out.data() + bytes, static_cast<int>(out.size()) - bytes);
-    lame_close(gf);
-    return std::string(reinterpret_cast<char*>(out.data()), static_cast<size_t>(bytes));
-}
 
 class ClockGraph : public platform::MediaGraph {
 public:
@@ -83,7 +68,7 @@ TEST(TagsWindow, StampWhilePlayingSaveAndReopen) {
     EXPECT_EQ(window.windowTitle(), "Velaro  ID3 Tag & LyricsEditor  V.1.0");
 
     const std::string mp3 = RPP(tempFolder()) + "gui-tags.mp3";
-    writeWholeFile(mp3, encodeTone(3.0));
+    writeWholeFile(mp3, velaro::testing::mp3Tone(3.0));
     dialogs.answerFile(mp3);
     form.btnParcourSon.userClick();
     QPlainTextEdit* lyrics = window.lyricsEditor();

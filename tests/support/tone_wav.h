@@ -40,4 +40,7 @@ struct LameTag {
 };
 LameTag lameTagOf(const std::string& path);
 
+// The bytes of an MP3 of a 330 Hz stereo tone, encoded with LAME at 128 kbps.
+std::string mp3Tone(double seconds);
+
 }  // namespace velaro::testing
