@@ -19,6 +19,8 @@
 #include "engine/audio_engine.h"
 #include "engine/backing_streams.h"
 #include "engine/media_graph_engine.h"
+#include "engine/mp3_encoder.h"
+#include "engine/normaliser.h"
 #include "support/backing_audio.h"
 
 using namespace velaro;
@@ -147,6 +149,43 @@ TEST(HugeWave, TheBackingPlayerStreamsIt) {
 
 // A song is read whole at once and plays on; a long file streams, so a cut
 // ends it where its data ends.
+// The encoder and the normaliser read their input block by block: stopped a
+// little way in, they have used no more memory than a short file needs, and
+// the stopped normaliser leaves the old target as it was.
+TEST(HugeWave, TheEncoderAndTheNormaliserReadItAsAStream) {
+    Dir d;
+    const std::string wav = d / "two-gigabytes.wav";
+    writeSparseWave(wav, kTwoGb);
+    const long before = residentKb();
+
+    engine::LameMp3Encoder encoder;
+    platform::Mp3Settings s;
+    s.encoderQuality = 0;
+    s.encoderInputFile = wav;
+    s.encoderOutputFile = d / "part.mp3";
+    std::atomic<bool> stop{false};
+    double reached = 0;
+    const auto stopEarly = [&](double p) {
+        reached = std::max(reached, p);
+        if (p >= 0.2) stop.store(true);
+    };
+    EXPECT_EQ(encoder.Encode(s, stop, stopEarly), "");
+    EXPECT_LT(reached, 100.0);
+    EXPECT_GT(std::filesystem::file_size(s.encoderOutputFile), 100000u);  // a shorter, complete file
+    EXPECT_LT(residentKb() - before, 64 * 1024);
+
+    engine::SndfileNormaliser normaliser;
+    const std::string target = d / "loud.wav";
+    writeTone(target, 0.1);
+    const auto old = std::filesystem::file_size(target);
+    stop.store(false);
+    reached = 0;
+    normaliser.Normalize(wav, target, 90, stop, stopEarly);
+    EXPECT_LT(reached, 100.0);
+    EXPECT_EQ(std::filesystem::file_size(target), old);
+    EXPECT_LT(residentKb() - before, 64 * 1024);
+}
+
 TEST(FileCutWhilePlaying, TheEditorsPlayerEndsWhereTheDataEnds) {
     Dir d;
     const std::string wav = d / "cut.wav";
