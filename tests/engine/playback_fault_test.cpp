@@ -2,7 +2,7 @@
 // here) plays, and seeks where the player can, without being read into memory; a file cut short
 // while it plays ends where its data ends; a deleted one plays on to its end.
 // The tag editor's player and the backing player, offline and with their
-// decoding workers.
+// decoding workers, and a disc image's track.
 
 #include <gtest/gtest.h>
 
@@ -18,10 +18,12 @@
 #include "core/base/paths.h"
 #include "engine/audio_engine.h"
 #include "engine/backing_streams.h"
+#include "engine/cd_drives.h"
 #include "engine/media_graph_engine.h"
 #include "engine/mp3_encoder.h"
 #include "engine/normaliser.h"
 #include "support/backing_audio.h"
+#include "support/cd_image.h"
 
 using namespace velaro;
 using namespace velaro::testing;
@@ -244,5 +246,37 @@ TEST(FileCutWhilePlaying, TheBackingPlayerEndsOrPlaysOn) {
         else
             EXPECT_LT(rendered, 19LL * kRate);
         s.StreamFree(a);
+    }
+}
+
+// A disc image cut while its track is read goes on to the track's end at
+// most (what is gone reads as the library gives it) and never hangs; a
+// deleted one reads to the track's end.
+TEST(FileCutWhilePlaying, ADiscImageEndsOrReadsOn) {
+    Dir d;
+    for (bool deleted : {false, true}) {
+        const std::string cue = writeImage(d.path, deleted ? "deleted" : "cut", plainDisc(1, 75 * 20));
+        const std::string bin = cue.substr(0, cue.size() - 4) + ".bin";
+        engine::EngineCdLibrary cd(nullptr, false);
+        cd.addDrive(cue);
+        const auto s = cd.StreamCreate(0, 0, platform::kCdStreamDecode);
+        ASSERT_NE(s, 0u);
+        std::vector<uint8_t> buf(2352 * 25);
+        int64_t total = 0;
+        for (int i = 0; i < 3; ++i) total += std::max(0, cd.ChannelGetData(s, buf.data(), int(buf.size())));
+        if (deleted)
+            ASSERT_EQ(::unlink(bin.c_str()), 0);
+        else
+            ASSERT_EQ(::truncate(bin.c_str(), 2352 * 75 * 2), 0);
+        for (int i = 0; i < 1000 && cd.ChannelIsActive(s); ++i) {
+            const int got = cd.ChannelGetData(s, buf.data(), int(buf.size()));
+            if (got <= 0) break;
+            total += got;
+        }
+        if (deleted)
+            EXPECT_EQ(total, 2352LL * 75 * 20);
+        else
+            EXPECT_LE(total, 2352LL * 75 * 20);
+        cd.StreamFree(s);
     }
 }
