@@ -76,6 +76,24 @@ TEST(LyricFlood, InfoAndPlayGetThroughAHundredThousandLines) {
     std::filesystem::remove(out);
 }
 
+// The song is read whole when it opens: cut or deleted while it plays, it plays on to its end.
+TEST(SongCutWhilePlaying, PlaysOnToItsEnd) {
+    std::string notes = bytes({0x00}) + tempoEvent(500000);
+    for (int i = 0; i < 6; ++i) notes += bytes({0x00, 0x90, 60, 90}) + vlq(480) + bytes({0x80, 60, 0});
+    const std::string smf = smfHeader(0, 1, 480) + smfTrack(notes + bytes({0x00, 0xFF, 0x2F, 0x00}));
+    for (const std::string& harm : {std::string("truncate -s 20"), std::string("rm -f")}) {
+        const std::string song = writeTemp("going.mid", smf);
+        const std::string out = writeTemp("going.wav", "");
+        // The harm comes a moment after the start; the command's own timeout still bounds it.
+        const Out o = run(home(), "play " + song + " --no-device --out " + out + " 2>&1 & sleep 0.5; " + harm + " " + song + "; wait $!");
+        EXPECT_EQ(o.code, 0) << harm << ": " << o.text;
+        EXPECT_TRUE(has(o.text, "End of song.")) << harm << ": " << o.text;
+        EXPECT_GT(velaro::fileLength(out), 44 + 176400 * 2) << harm;
+        std::filesystem::remove(out);
+        std::filesystem::remove(song);
+    }
+}
+
 TEST(ReadOnlyAppFolder, CommandsRunAndTakesSaveElsewhereOrSayWhy) {
     SmallDisk d;
     if (!d.mounted()) GTEST_SKIP() << "no tmpfs can be mounted here";
