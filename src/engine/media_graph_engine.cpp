@@ -17,8 +17,8 @@ namespace velaro::engine {
 // few minutes, so an hour-long one costs no more memory than a song. Frames
 // are numbered from the file's start; the ring holds those in [start,
 // decoded) that are less than a ring behind `decoded`, and the decoder never
-// runs more than a ring ahead of the player. A seek is a request the
-// decoding side takes up.
+// runs more than a ring ahead of the player. A seek only moves the play
+// position; the decoding side starts over there when the ring lacks it.
 struct EngineMediaGraph::Track {
     static constexpr int64_t kMostRing = int64_t(1) << 23;  // about 3 minutes at 44.1 kHz, 32 MB
     static constexpr int kChunk = 4096;                      // source frames per decode
@@ -27,7 +27,6 @@ struct EngineMediaGraph::Track {
     std::atomic<int64_t> length{0};  // frames expected at the engine's rate; the decoded count once at the end
     std::atomic<int64_t> start{0};
     std::atomic<int64_t> decoded{0};
-    std::atomic<int64_t> seekTo{-1};
     std::atomic<bool> cancel{false};
     std::thread worker;
     AudioFileDecoder decoder;
@@ -118,12 +117,18 @@ struct EngineMediaGraph::Track {
             decodeChunk();
     }
 
-    // The worker: keeps the ring full ahead of the player and takes up seeks.
+    // Whether decoding must start over at `frame`: the ring has not got it and
+    // will not get it by going on (the player only moves through the ring).
+    bool lacks(int64_t frame) const {
+        const int64_t end = decoded.load();
+        return frame < std::max(start.load(), end - ringFrames) || frame > end;
+    }
+
+    // The worker: keeps the ring full ahead of the player and follows its seeks.
     void run(const std::atomic<int64_t>& position) {
         while (!cancel.load(std::memory_order_relaxed)) {
-            const int64_t target = seekTo.exchange(-1);
-            if (target >= 0) seekNow(target);
             const int64_t pos = position.load(std::memory_order_relaxed);
+            if (lacks(pos)) seekNow(pos);
             if (!atEnd && decoded.load() + mostPerChunk() - pos <= ringFrames)
                 decodeChunk();
             else
@@ -198,13 +203,9 @@ void EngineMediaGraph::SetCurrentPosition(double seconds) {
     if (!t) return;
     const int64_t frame = std::clamp<int64_t>(std::llround(std::max(0.0, seconds) * engine_.sampleRate()), 0, t->length.load());
     position_.store(frame);
-    // Frames still in the ring play on at once; elsewhere the decoder starts over there.
-    const int64_t decoded = t->decoded.load();
-    if (frame >= std::max(t->start.load(), decoded - t->ringFrames) && frame < decoded) return;
-    if (decodeAhead_)
-        t->seekTo.store(frame);
-    else
-        owned_->seekNow(frame);
+    // Frames still in the ring play on at once; elsewhere the decoder starts
+    // over there: the worker sees it, and offline it happens here.
+    if (!decodeAhead_ && t->lacks(frame)) t->seekNow(frame);
 }
 
 double EngineMediaGraph::Duration() {
