@@ -212,6 +212,26 @@ TEST(FileCutWhilePlaying, TheEditorsPlayerEndsWhereTheDataEnds) {
     // Opened again, the cut file is what it is now.
     ASSERT_TRUE(g.RenderFile(wav));
     EXPECT_NEAR(g.Duration(), 300.0, 0.01);
+    g.Release();
+
+    // An MP3 longer than the ring, cut to a minute: mpg123 ends at the cut.
+    const std::string tone = d / "long.wav";
+    writeTone(tone, 240.0);
+    const std::string mp3 = d / "long.mp3";
+    engine::LameMp3Encoder encoder;
+    platform::Mp3Settings s;
+    s.encoderQuality = 0;
+    s.encoderInputFile = tone;
+    s.encoderOutputFile = mp3;
+    std::atomic<bool> stop{false};
+    ASSERT_EQ(encoder.Encode(s, stop, nullptr), "");
+    ASSERT_TRUE(g.RenderFile(mp3));
+    EXPECT_NEAR(g.Duration(), 240.0, 0.1);
+    g.Run();
+    for (int i = 0; i < 200 && g.CurrentPosition() < 0.5; ++i) audio.render(4410), usleep(2000);
+    ASSERT_EQ(::truncate(mp3.c_str(), off_t(std::filesystem::file_size(mp3) / 4)), 0);
+    EXPECT_TRUE(playToEnd(audio, g));
+    EXPECT_LT(g.Duration(), 239.0);
 }
 
 TEST(FileCutWhilePlaying, TheEditorsPlayerPlaysADeletedFileToItsEnd) {
@@ -230,9 +250,23 @@ TEST(FileCutWhilePlaying, TheEditorsPlayerPlaysADeletedFileToItsEnd) {
 
 TEST(FileCutWhilePlaying, TheBackingPlayerEndsOrPlaysOn) {
     Dir d;
-    for (bool deleted : {false, true}) {
-        const std::string wav = d / (deleted ? "deleted.wav" : "cut.wav");
-        writeTone(wav, 20.0);
+    const std::string tone = d / "tone.wav";
+    writeTone(tone, 20.0);
+    const std::string mp3 = d / "tone.mp3";
+    {
+        engine::LameMp3Encoder encoder;
+        platform::Mp3Settings s;
+        s.encoderQuality = 0;
+        s.encoderInputFile = tone;
+        s.encoderOutputFile = mp3;
+        std::atomic<bool> stop{false};
+        ASSERT_EQ(encoder.Encode(s, stop, nullptr), "");
+    }
+    for (int k = 0; k < 4; ++k) {
+        const bool deleted = k % 2, isMp3 = k >= 2;
+        const std::string wav = d / ((deleted ? "deleted" : "cut") + std::string(isMp3 ? ".mp3" : ".wav"));
+        std::filesystem::copy_file(isMp3 ? mp3 : tone, wav);
+        const int64_t keep = isMp3 ? int64_t(std::filesystem::file_size(mp3) / 20) : 44 + kRate * 4;  // about a second
         engine::AudioEngine audio(kRate);
         engine::BackingStreams s(audio);
         const auto a = s.StreamCreateFile(false, wav, 0, 0, 0);
@@ -242,12 +276,12 @@ TEST(FileCutWhilePlaying, TheBackingPlayerEndsOrPlaysOn) {
         if (deleted)
             ASSERT_EQ(::unlink(wav.c_str()), 0);
         else
-            ASSERT_EQ(::truncate(wav.c_str(), 44 + kRate * 4), 0);
+            ASSERT_EQ(::truncate(wav.c_str(), keep), 0);
         int64_t rendered = 0;
         while (s.ChannelIsActive(a) && rendered < 40LL * kRate) audio.render(4096), rendered += 4096;
-        EXPECT_EQ(s.ChannelIsActive(a), 0) << "deleted " << deleted;
+        EXPECT_EQ(s.ChannelIsActive(a), 0) << wav;
         if (deleted)
-            EXPECT_NEAR(s.ChannelSeconds(a), 20.0, 0.1);
+            EXPECT_NEAR(s.ChannelSeconds(a), 20.0, 0.1) << wav;
         else
             EXPECT_LT(rendered, 19LL * kRate);
         s.StreamFree(a);
