@@ -202,9 +202,9 @@ bool FfmpegWmaEncoder::EncodeWrite(uint32_t handle, const void* samples, int byt
     return true;
 }
 
-void FfmpegWmaEncoder::EncodeClose(uint32_t handle) {
+bool FfmpegWmaEncoder::EncodeClose(uint32_t handle) {
     File* f = file(handle);
-    if (!f) return;
+    if (!f) return false;
     bool ok = !f->failed && f->ensureHeader() && f->sendFrames(true) && av_write_trailer(f->oc) >= 0;
     if (f->oc->pb) ok = avio_closep(&f->oc->pb) >= 0 && ok;
     if (ok) {
@@ -215,6 +215,7 @@ void FfmpegWmaEncoder::EncodeClose(uint32_t handle) {
         std::remove(f->temp.c_str());
     }
     files_.erase(handle);
+    return ok;
 }
 
 int FfmpegWmaEncoder::Encode(const std::string& wavIn, const std::string& wmaOut, int bitrate,
@@ -248,8 +249,8 @@ int FfmpegWmaEncoder::Encode(const std::string& wavIn, const std::string& wmaOut
         if (progress && info.frames > 0) progress(static_cast<int>(100 * done / info.frames));
     }
     sf_close(in);
-    EncodeClose(h);
-    return ok && error_ == 0 ? 0 : error_;
+    if (!EncodeClose(h)) ok = false;
+    return ok && error_ == 0 ? 0 : (error_ ? error_ : kErrorWrite);
 }
 
 }  // namespace velaro::engine

@@ -24,7 +24,7 @@ public:
     uint32_t EncodeOpenFile(int freq, int chans, int flags, int bitrate, const std::string& path) override;
     bool EncodeSetTag(uint32_t handle, const std::string& tag, const std::string& text) override;
     bool EncodeWrite(uint32_t handle, const void* samples, int bytes) override;
-    void EncodeClose(uint32_t handle) override;
+    bool EncodeClose(uint32_t handle) override;
     int ErrorGetCode() override { return error_; }
 
 private:

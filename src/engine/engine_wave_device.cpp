@@ -331,7 +331,11 @@ int EngineWaveDevice::Save(uint32_t id, const std::string& file) {
     };
     errno = 0;
     SNDFILE* out = sf_open(temp.c_str(), SFM_WRITE, &info);
-    if (!out) return cannot(errno);
+    if (!out) {
+        const int err = errno;
+        ::unlink(temp.c_str());  // made, but its header found no room
+        return cannot(err);
+    }
     sf_command(out, SFC_SET_CLIPPING, nullptr, SF_TRUE);
     std::FILE* in = std::fopen(takePath_.c_str(), "rb");
     SRC_STATE* src = nullptr;

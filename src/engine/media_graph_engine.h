@@ -1,6 +1,6 @@
 #pragma once
 // The tag editor's player: one audio file (MP3, sound files, modules)
-// decoded ahead on a worker thread at the engine's rate, played as a source
+// decoded a few seconds ahead on a worker thread at the engine's rate, played as a source
 // on the audio engine with run, pause, stop, seek and a volume in hundredths
 // of a decibel. Release stops the worker and closes the file, so a save can
 // rewrite it.
@@ -19,7 +19,7 @@ namespace velaro::engine {
 
 class EngineMediaGraph : public platform::MediaGraph, public AudioSource {
 public:
-    // `decodeAhead` false decodes the whole file inside RenderFile, for offline
+    // `decodeAhead` false decodes inside each rendered block instead, for offline
     // renders whose output must not depend on the worker's pace.
     explicit EngineMediaGraph(AudioEngine& engine, bool decodeAhead = true);
     ~EngineMediaGraph() override;

@@ -1,6 +1,7 @@
 #include "wav_file.h"
 
 #include <sndfile.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -21,6 +22,7 @@ WavWriter::WavWriter(const std::string& path, int sampleRate, int channels)
     file_ = sf_open(temp_.c_str(), SFM_WRITE, &info);
     if (!file_) {
         const int err = errno;
+        ::unlink(temp_.c_str());  // made, but its header found no room
         throw std::runtime_error("cannot write " + path + ": " + (err ? std::strerror(err) : sf_strerror(nullptr)));
     }
     // Floats at full scale become full-scale integers, clipped rather than wrapped.

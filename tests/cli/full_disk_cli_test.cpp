@@ -13,8 +13,10 @@
 #include <vector>
 
 #include "core/base/paths.h"
+#include "support/cd_image.h"
 #include "support/small_disk.h"
 #include "support/song_bytes.h"
+#include "support/tone_wav.h"
 
 using namespace velaro::testing;
 
@@ -96,6 +98,37 @@ TEST(FullDisk, RenderRefusesWhatCannotFitAndKeepsTheOldWave) {
     EXPECT_TRUE(has(o.text, "not enough room")) << o.text;
     EXPECT_EQ(fileBytes(old), "an older take");
     EXPECT_EQ(std::distance(std::filesystem::directory_iterator(d.dir()), {}), 1);
+}
+
+// Every command that writes a file the user named, on a disk with no room
+// left: the old file stays byte for byte, the message gives the reason, and
+// no half-written file is left beside it.
+TEST(FullDisk, TakesMp3sNormalisedFilesRipsAndPlaylistsKeepTheOldFile) {
+    SmallDisk d(512);
+    if (!d.mounted()) GTEST_SKIP() << "no tmpfs can be mounted here";
+    const std::string tone = velaro::tempFolder() + "/full-disk-tone-" + std::to_string(getpid()) + ".wav";
+    writeTone(tone, {.seconds = 2.0});
+    const std::string song = writeTemp("two-seconds.mid", noteSong(2));
+    const std::string cue = writeImage(velaro::tempFolder(), "full-disk-disc-" + std::to_string(getpid()), plainDisc(1, 150));
+    const std::vector<std::pair<std::string, std::string>> cases = {
+        {"take.wav", "record " + song + " --mic " + tone + " -o "},
+        {"digital.wav", "record --digital --seconds 1 --mic " + tone + " -o "},
+        {"song.mp3", "encode " + tone + " -o "},
+        {"loud.wav", "normalize " + tone + " -o "},
+        {"track.wav", "cd rip --device " + cue + " --track 1 -o "},
+        {"track.wma", "cd rip --device " + cue + " --track 1 --wma "},
+        {"list.mpl", "playlist --add " + tone + " -o "},
+    };
+    for (const auto& [name, command] : cases) d.put(name, "the old " + name);
+    d.fill();
+    for (const auto& [name, command] : cases) {
+        const Out o = run(command + d.path(name));
+        EXPECT_EQ(o.code, 1) << name << ": " << o.text;
+        EXPECT_TRUE(has(o.text, "No space left on device") || has(o.text, "Error Code")) << name << ": " << o.text;
+        EXPECT_EQ(fileBytes(d.path(name)), "the old " + name);
+    }
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(d.dir()), {}), long(cases.size()) + 1);  // and the filler
+    std::filesystem::remove(tone);
 }
 
 TEST(EmptySongs, RenderAndPlayEndAtOnce) {

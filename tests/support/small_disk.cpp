@@ -47,6 +47,10 @@ std::string SmallDisk::put(const std::string& name, const std::string& bytes) co
     return path(name);
 }
 
+bool SmallDisk::makeReadOnly() {
+    return mounted_ && ::mount("tmpfs", dir_.c_str(), "tmpfs", MS_REMOUNT | MS_RDONLY, nullptr) == 0;
+}
+
 std::string fileBytes(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     std::stringstream s;

@@ -20,6 +20,8 @@ public:
     void fill();
     // Puts bytes in a file on the disk (before it is filled).
     std::string put(const std::string& name, const std::string& bytes) const;
+    // Remounts the disk read-only: unlike permission bits, this stops root too.
+    bool makeReadOnly();
 
 private:
     std::string dir_;

@@ -1,6 +1,8 @@
 #include "rip.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <cstdio>
 #include <fstream>
 
@@ -28,6 +30,16 @@ constexpr uint32_t kDecodeFlags = platform::kCdStreamDecode | platform::kCdStrea
 
 }  // namespace
 
+namespace {
+
+// The message of a failed write, with the system's reason.
+VbError cannotWrite(VbErr code, const std::string& path) {
+    const int err = errno ? errno : EIO;
+    return VbError(code, "can't write " + path + ": " + std::strerror(err));
+}
+
+}  // namespace
+
 RipResult ripToWave(platform::CdLibrary& cd, int drive, int track, const std::string& path, const RipBlock& onBlock) {
     RipResult result;
     StreamGuard stream{cd, cd.StreamCreate(drive, track, kDecodeFlags)};
@@ -42,8 +54,9 @@ RipResult ripToWave(platform::CdLibrary& cd, int drive, int track, const std::st
     const int64_t length = cd.StreamGetLength(stream.id);
 
     const std::string temp = siblingTempName(path);
+    errno = 0;
     std::ofstream file(temp, std::ios::binary | std::ios::trunc);
-    if (!file) throw VbError(VbErr::PathFileAccess, "can't write " + path);
+    if (!file) throw cannotWrite(VbErr::PathFileAccess, path);
     try {
         // The header goes first with both sizes 0; they are filled in once the samples are down.
         const std::string header = waveHeader(channels, info.freq, bits, 0);
@@ -56,7 +69,7 @@ RipResult ripToWave(platform::CdLibrary& cd, int drive, int track, const std::st
                 file.write(buffer.data(), got);
                 data += got;
             }
-            if (!file) throw VbError(VbErr::DiskFull, "can't write " + path);
+            if (!file) throw cannotWrite(VbErr::DiskFull, path);
             const bool go = !onBlock || onBlock(cd.ChannelGetPosition(stream.id), length);
             if (!go || got <= 0) break;  // stopped, or a stream that gives nothing more
         }
@@ -65,9 +78,10 @@ RipResult ripToWave(platform::CdLibrary& cd, int drive, int track, const std::st
         file.write(sized.data() + 4, 4);
         file.seekp(40);
         file.write(sized.data() + 40, 4);
+        errno = 0;
         file.close();
-        if (file.fail()) throw VbError(VbErr::DiskFull, "can't write " + path);
-        if (std::rename(temp.c_str(), path.c_str()) != 0) throw VbError(VbErr::PathFileAccess, "can't write " + path);
+        if (file.fail()) throw cannotWrite(VbErr::DiskFull, path);
+        if (std::rename(temp.c_str(), path.c_str()) != 0) throw cannotWrite(VbErr::PathFileAccess, path);
         result.outcome = RipOutcome::Done;
         result.dataBytes = data;
     } catch (...) {
@@ -111,7 +125,11 @@ RipResult ripToWma(platform::CdLibrary& cd, platform::WmaEncoder& wma, int drive
         const bool go = !onBlock || onBlock(cd.ChannelGetPosition(stream.id), length);
         if (!go || got <= 0) break;
     }
-    wma.EncodeClose(encoder);
+    // The last blocks reach the disk only at the close: a full disk shows there.
+    if (!wma.EncodeClose(encoder) && result.outcome != RipOutcome::EncodeFailed) {
+        result.outcome = RipOutcome::EncodeFailed;
+        if (onWriteError) onWriteError(wma.ErrorGetCode());
+    }
     if (result.outcome != RipOutcome::EncodeFailed) result.outcome = RipOutcome::Done;
     return result;
 }

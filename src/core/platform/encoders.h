@@ -53,7 +53,8 @@ public:
     // A tag under its WM name; a call with both texts empty ends the tag set.
     virtual bool EncodeSetTag(uint32_t handle, const std::string& tag, const std::string& text) { return false; }
     virtual bool EncodeWrite(uint32_t handle, const void* samples, int bytes) { return false; }
-    virtual void EncodeClose(uint32_t handle) {}
+    // False when the file could not be finished and put in place (ErrorGetCode says why).
+    virtual bool EncodeClose(uint32_t handle) { return true; }
     virtual int ErrorGetCode() { return -1; }
 };
 

@@ -169,9 +169,18 @@ void MainRecording::runTake(bool audioSession) {
     resumeNext([&] {
         if (wave) wave->StopRecording();
     });
+    // The copy kept in the application folder; where that folder takes no
+    // files the user hears why, and the take is saved from the scratch file.
+    std::string keepFailure;
     resumeNext([&] {
-        if (wave) wave->SaveAs(takePath());
+        if (!wave) return;
+        try {
+            wave->SaveAs(takePath());
+        } catch (const WaveError& e) {
+            keepFailure = e.what();
+        }
     });
+    if (!keepFailure.empty()) f.rt.dialogs.msgBox(keepFailure, ui::vbExclamation, "VELARO DECK");
 
     f.lblM.setCaption("");
     f.lblS.setCaption("");
@@ -194,7 +203,7 @@ void MainRecording::runTake(bool audioSession) {
     }
 
     if (f.digitalRecorderMode) {
-        savemicro();
+        savemicro(keepFailure.empty());
         f.digitalRecorderMode = false;
         f.MnuOpenSong.setEnabled(true);
         f.mnew.setEnabled(true);
@@ -252,12 +261,22 @@ void MainRecording::runTake(bool audioSession) {
     f.Cmd_Play.setEnabled(false);
 }
 
-void MainRecording::savemicro() {
+void MainRecording::savemicro(bool keptCopy) {
     ui::CommonDialog& dialog = f.Cmdialog2;
     const bool cancelled = !askTakeName(dialog);
     if (cancelled) f.cmdSave.setEnabled(true);
-    // After a cancel the name is empty and the copy fails without a word.
-    copyQuietly(takePath(), dialog.FileName);
+    // After a cancel the name is empty and the copy fails without a word; a
+    // chosen file that cannot be written says why, and the old file stays.
+    if (!dialog.FileName.empty()) {
+        try {
+            if (keptCopy)
+                writeWholeFile(dialog.FileName, readWholeFile(takePath()));
+            else if (wave)
+                wave->SaveAs(dialog.FileName);
+        } catch (const std::exception& e) {
+            f.rt.dialogs.msgBox(e.what(), ui::vbExclamation, "VELARO DECK");
+        }
+    }
     f.cmdstw.setEnabled(false);
     f.Cmdplw.setEnabled(false);
     f.cmdstop.setEnabled(false);

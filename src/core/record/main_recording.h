@@ -42,7 +42,8 @@ struct MainRecording {
 
     void cmdrec_Click();
     void mp3rec();
-    void savemicro();
+    // `keptCopy`: the take is in the application folder to copy from.
+    void savemicro(bool keptCopy = true);
     void cmdstop_Click();
     void mp3stop();
     void cmdplaystop_Click();
