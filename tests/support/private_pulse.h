@@ -16,6 +16,9 @@ public:
     // "" when the daemon runs, else why not.
     std::string start();
     void stop();
+    // The daemon dies as a crash would; PULSE_SERVER still names its socket,
+    // where start() brings up a new one.
+    void kill();
     const std::string& dir() const { return dir_; }
 
 private:
