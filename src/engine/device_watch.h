@@ -11,12 +11,15 @@ namespace velaro::engine {
 
 class DeviceHealth {
 public:
-    explicit DeviceHealth(int64_t stallMs = 5000) : stallMs_(stallMs) {}
+    // A stream that has just started may fill its buffer and then wait
+    // for its server to start playing (a second or more on a busy
+    // machine): a stall counts for `startMs` in that time.
+    explicit DeviceHealth(int64_t stallMs = 500, int64_t startMs = 3000) : stallMs_(stallMs), startMs_(startMs) {}
 
     // A device has just started playing. Thread: the watch.
     void restart(int64_t nowMs, int64_t framesPlayed) {
         lastFrames_ = framesPlayed;
-        lastChangeMs_ = nowMs;
+        lastChangeMs_ = startedMs_ = nowMs;
     }
     // True once the device no longer plays: its stream stopped, its callback
     // gave up on it, or no frame has been played for the stall time.

@@ -140,3 +140,19 @@ TEST_F(DeviceLoss, AnEngineWithoutADeviceStartsSilentAndTakesOneUpWhenItComes) {
     ASSERT_EQ(notices.size(), 1u);
     EXPECT_NE(notices[0].find("the sound device is back"), std::string::npos);
 }
+
+TEST_F(DeviceLoss, AServerThatStallsPastTheBufferIsOneUnderrunAndNoLoss) {
+    engine::AudioEngine audio(44100);
+    std::string error;
+    ASSERT_TRUE(audio.startDevice(error)) << error;
+    // Past the stream's start-up, into steady playing.
+    ASSERT_TRUE(waitFor([&] { return audio.framesPlayed() > 2 * 44100; }));
+    const int64_t before = audio.underruns();
+    // Longer than the stream's buffer, shorter than a lost device's stall.
+    freezeDaemon(350);
+    const int64_t frames = audio.framesPlayed();
+    ASSERT_TRUE(waitFor([&] { return audio.framesPlayed() > frames + 44100; }));
+    EXPECT_EQ(audio.underruns(), before + 1);
+    EXPECT_FALSE(audio.playingSilently());
+    EXPECT_EQ(audio.deviceFallbacks(), 0);
+}

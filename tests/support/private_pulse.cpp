@@ -71,6 +71,13 @@ void PrivatePulse::kill() {
     fs::remove(dir_ + "/pulse.sock", ec);
 }
 
+void PrivatePulse::freeze(int ms) {
+    if (pid_ <= 0) return;
+    ::kill(pid_, SIGSTOP);
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+    ::kill(pid_, SIGCONT);
+}
+
 void PrivatePulse::stop() {
     if (pid_ > 0) {
         ::kill(pid_, SIGTERM);

@@ -22,6 +22,7 @@ protected:
     // Kills the daemon mid-test, and starts a new one at the same socket.
     void killDaemon() { pulse_.kill(); }
     std::string restartDaemon() { return pulse_.start(); }
+    void freezeDaemon(int ms) { pulse_.freeze(ms); }
 
 private:
     PrivatePulse pulse_;
