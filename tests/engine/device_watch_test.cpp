@@ -1,5 +1,5 @@
-// The rules of the device watch: when a device counts as lost, when a late
-// block is an underrun, and the silent clock's pace.
+// The rules of the device watch: when a device counts as lost, and when a
+// late block is an underrun.
 
 #include <gtest/gtest.h>
 
@@ -51,12 +51,4 @@ TEST(UnderrunCounter, OneEpisodeOneCount) {
     c.block(false, 0, cover);
     c.block(true, 0, cover);
     EXPECT_EQ(c.count(), 4);
-}
-
-TEST(SilentPace, CarriesOnFromWhereTheDeviceStopped) {
-    SilentPace p{48000, 1000, 123456};
-    EXPECT_EQ(p.due(1000), 123456);
-    EXPECT_EQ(p.due(900), 123456);  // never backwards
-    EXPECT_EQ(p.due(1500), 123456 + 24000);
-    EXPECT_EQ(p.due(1000 + 3600 * 1000LL), 123456 + 48000LL * 3600);
 }
