@@ -223,6 +223,11 @@ int runPlay(const std::vector<std::string>& given) {
         return 1;
     }
     const bool silent = songToPlay(f, ep) == nullptr;
+    auto printStats = [&](const std::string& api) {
+        std::printf("stats: %lld frames played, %lld underruns, device %s, %d fallbacks to the silent clock\n",
+                    static_cast<long long>(ep.audio().framesPlayed()), static_cast<long long>(ep.audio().underruns()),
+                    api.c_str(), ep.audio().deviceFallbacks());
+    };
 
     std::unique_ptr<engine::AudioTap> tap;
     std::unique_ptr<engine::WavWriter> wav;
@@ -252,6 +257,7 @@ int runPlay(const std::vector<std::string>& given) {
         if (tap && !tap->finish()) std::cerr << "velaro play: " << tap->error() << '\n';
         if (wav && !wav->close()) std::cerr << "velaro play: " << wav->error() << '\n';
         std::printf("VELARO DECK  %s\nThe song has no notes.\n", o.song.c_str());
+        if (stats) printStats(device ? ep.audio().deviceApi() : "none");
         return 0;
     }
 
@@ -310,10 +316,7 @@ int runPlay(const std::vector<std::string>& given) {
     std::fputs(sync.c_str(), stdout);
     std::fflush(stdout);
     if (stats && !sync.empty() && sync.back() != '\n') std::fputc('\n', stdout);
-    if (stats)
-        std::printf("stats: %lld frames played, %lld underruns, device %s, %d fallbacks to the silent clock\n",
-                    static_cast<long long>(ep.audio().framesPlayed()), static_cast<long long>(ep.audio().underruns()),
-                    api.c_str(), ep.audio().deviceFallbacks());
+    if (stats) printStats(api);
     std::fflush(stdout);
     if (!o.out.empty() && written) {
         const int64_t frames = tap ? tap->framesWritten() : wav->framesWritten();
