@@ -156,13 +156,9 @@ int main(int argc, char** argv) {
         QTimer::singleShot(0, &app, [code] { QApplication::exit(code); });
     };
 
-    // With no sound card the song still runs, silently.
-    std::string error;
-    std::unique_ptr<gui::SilentDevice> silent;
-    if (!ep.audio().startDevice(error)) {
-        std::fprintf(stderr, "velaro-deck: no sound device; playing silently\n");
-        silent = std::make_unique<gui::SilentDevice>(ep.audio());
-    }
+    // With no sound card, or when it goes, the song still runs, silently.
+    gui::DeviceOrSilence device(ep.audio(), window);
+    if (device.silent()) std::fprintf(stderr, "velaro-deck: no sound device; playing silently\n");
 
     form.load();
     if (form.ended) return exitCode;

@@ -174,7 +174,16 @@ int runRender(const std::vector<std::string>& args) {
     return 0;
 }
 
-int runPlay(const std::vector<std::string>& args) {
+int runPlay(const std::vector<std::string>& given) {
+    // --stats is this command's own: the figures of the run, at its end.
+    std::vector<std::string> args;
+    bool stats = false;
+    for (const std::string& a : given) {
+        if (a == "--stats")
+            stats = true;
+        else
+            args.push_back(a);
+    }
     // An audio file is a backing, not a song.
     for (size_t i = 0; i < args.size(); ++i) {
         const std::string& a = args[i];
@@ -190,10 +199,15 @@ int runPlay(const std::vector<std::string>& args) {
     if (!parseSongOptions(args, false, o, error)) {
         std::cerr << "velaro play: " << error
                   << "\nusage: velaro play SONG [--out FILE.wav] [--sync FILE] [--bank FILE] [--tempo V] "
-                     "[--transpose N] [--volume V] [--no-device] [--effect NAME[:FIELD=VALUE,...]]...\n";
+                     "[--transpose N] [--volume V] [--no-device] [--stats] [--effect NAME[:FIELD=VALUE,...]]...\n";
         return 2;
     }
     engine::EnginePlatform ep(o.rate);
+    // A device lost mid-song: the engine plays on silently on the wall
+    // clock, and takes up a device again when one opens.
+    ep.audio().setDeviceNotice([](bool, const std::string& message) {
+        std::fprintf(stderr, "velaro play: %s\n", message.c_str());
+    });
     // With a sound card the wall clock drives everything; without one the
     // virtual clock is moved along with the wall clock and the audio is
     // rendered offline, so the page runs in real time all the same.
@@ -209,6 +223,11 @@ int runPlay(const std::vector<std::string>& args) {
         return 1;
     }
     const bool silent = songToPlay(f, ep) == nullptr;
+    auto printStats = [&](const std::string& api) {
+        std::printf("stats: %lld frames played, %lld underruns, device %s, %d fallbacks to the silent clock\n",
+                    static_cast<long long>(ep.audio().framesPlayed()), static_cast<long long>(ep.audio().underruns()),
+                    api.c_str(), ep.audio().deviceFallbacks());
+    };
 
     std::unique_ptr<engine::AudioTap> tap;
     std::unique_ptr<engine::WavWriter> wav;
@@ -238,6 +257,7 @@ int runPlay(const std::vector<std::string>& args) {
         if (tap && !tap->finish()) std::cerr << "velaro play: " << tap->error() << '\n';
         if (wav && !wav->close()) std::cerr << "velaro play: " << wav->error() << '\n';
         std::printf("VELARO DECK  %s\nThe song has no notes.\n", o.song.c_str());
+        if (stats) printStats(device ? ep.audio().deviceApi() : "none");
         return 0;
     }
 
@@ -276,6 +296,7 @@ int runPlay(const std::vector<std::string>& args) {
         ep.audio().renderTail(5.0, -60.0f, ep.songEffects().longestGap());
     }
     ep.audio().setTap(nullptr);
+    const std::string api = device ? ep.audio().deviceApi() : "none";
     ep.audio().stopDevice();
     bool written = true;
     if (tap && !tap->finish()) {
@@ -293,6 +314,9 @@ int runPlay(const std::vector<std::string>& args) {
     std::string sync = cp1252ToUtf8(f.Text2.text());
     for (size_t at = sync.find("\r\n"); at != std::string::npos; at = sync.find("\r\n", at)) sync.erase(at, 1);
     std::fputs(sync.c_str(), stdout);
+    std::fflush(stdout);
+    if (stats && !sync.empty() && sync.back() != '\n') std::fputc('\n', stdout);
+    if (stats) printStats(api);
     std::fflush(stdout);
     if (!o.out.empty() && written) {
         const int64_t frames = tap ? tap->framesWritten() : wav->framesWritten();

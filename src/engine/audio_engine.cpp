@@ -1,6 +1,7 @@
 #include "audio_engine.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstring>
 
@@ -102,21 +103,149 @@ void AudioEngine::setMicMute(bool on) { mic_->setMute(on); }
 void AudioEngine::setInputDevice(const std::string& name) { mic_->setDeviceName(name); }
 void AudioEngine::setInputLatencyMs(int ms) { mic_->setLatencyMs(ms); }
 
-bool AudioEngine::startDevice(std::string& error, int bufferFrames) {
-    if (device_ && device_->running()) return true;
-    device_ = std::make_unique<OutputDevice>();
-    if (!device_->open(rate_, bufferFrames, [this](float* out, int n) { process(out, n); }, error)) {
-        device_.reset();
+namespace {
+int64_t steadyMs() {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+int64_t steadyNs() {
+    return std::chrono::duration_cast<std::chrono::nanoseconds>(std::chrono::steady_clock::now().time_since_epoch())
+        .count();
+}
+// How often a lost device is looked for again.
+constexpr int64_t kRetryMs = 1500;
+}  // namespace
+
+void AudioEngine::deviceBlock(float* out, int frames, bool underflow, int64_t coverNs) noexcept {
+    const int64_t before = framesPlayed_.load(std::memory_order_relaxed);
+    process(out, frames);
+    // A block asked for later than the buffered audio could cover: the
+    // device ran dry, whether or not its backend says so.
+    const int64_t edge = steadyNs() - before * 1'000'000'000 / rate_;
+    // The clock's first two windows still hold the stream's start-up (a
+    // full buffer, then a pause until the server plays): lateness counts after them.
+    const int64_t late = outClock_.observations() > 128 ? edge - outClock_.anchorNs() : 0;
+    underrunCounter_.block(underflow, late, coverNs);
+    underruns_.store(underrunCounter_.count(), std::memory_order_relaxed);
+}
+
+bool AudioEngine::openDevice(std::string& error) {
+    auto dev = std::make_unique<OutputDevice>();
+    outClock_.reset();
+    if (!dev->open(rate_, bufferFrames_, [this](float* out, int n, const OutputDevice::BlockInfo& info) {
+                       deviceBlock(out, n, info.underflow, info.coverNs);
+                   },
+                   error))
         return false;
-    }
+    api_ = dev->apiName();
+    device_ = std::move(dev);
     return true;
 }
 
+bool AudioEngine::startDevice(std::string& error, int bufferFrames) {
+    if (deviceRunning()) return true;
+    stopDevice();
+    bufferFrames_ = bufferFrames;
+    {
+        std::lock_guard<std::mutex> lock(deviceMutex_);
+        if (!openDevice(error)) return false;
+    }
+    watch(false);
+    return true;
+}
+
+void AudioEngine::startDeviceOrSilence(int bufferFrames) {
+    std::string error;
+    if (!startDevice(error, bufferFrames)) watch(true);
+}
+
+void AudioEngine::watch(bool silent) {
+    watchStop_ = false;
+    silent_.store(silent, std::memory_order_release);
+    silentBlock_.assign(2 * kMaxBlock, 0.0f);
+    // One thread watches the device and, while there is none, renders in
+    // its place: the two never render at once, since it closes the old
+    // device before it renders and renders no more before it opens a new one.
+    watch_ = std::thread([this] {
+        DeviceHealth health;
+        SilentPace pace{rate_, steadyMs(), framesPlayed()};
+        health.restart(pace.startMs, pace.startFrames);
+        int64_t nextTry = steadyMs() + kRetryMs;
+        std::unique_lock<std::mutex> lock(watchMutex_);
+        while (!watchStop_) {
+            watchWake_.wait_for(lock, std::chrono::milliseconds(silent_.load() ? 10 : 50));
+            if (watchStop_) break;
+            const int64_t now = steadyMs();
+            if (!silent_.load(std::memory_order_relaxed)) {
+                bool lost;
+                {
+                    std::lock_guard<std::mutex> dl(deviceMutex_);
+                    lost = health.lost(now, framesPlayed(), device_ && device_->running(),
+                                       device_ && device_->failed());
+                    if (lost && device_) {
+                        device_->close();
+                        device_.reset();
+                    }
+                }
+                if (!lost) continue;
+                pace = SilentPace{rate_, steadyMs(), framesPlayed()};
+                silent_.store(true, std::memory_order_release);
+                fallbacks_.fetch_add(1, std::memory_order_relaxed);
+                nextTry = pace.startMs + kRetryMs;
+                if (notice_) notice_(true, "the sound device was lost; playing silently");
+                continue;
+            }
+            int64_t owed = pace.due(steadyMs()) - framesPlayed();
+            while (owed > 0) {
+                const int n = static_cast<int>(std::min<int64_t>(owed, kMaxBlock));
+                process(silentBlock_.data(), n);
+                owed -= n;
+            }
+            if (steadyMs() < nextTry) continue;
+            std::string error, api;
+            bool opened;
+            {
+                std::lock_guard<std::mutex> dl(deviceMutex_);
+                opened = openDevice(error);
+                api = api_;
+            }
+            if (!opened) {
+                nextTry = steadyMs() + kRetryMs;
+                continue;
+            }
+            silent_.store(false, std::memory_order_release);
+            health.restart(steadyMs(), framesPlayed());
+            if (notice_) notice_(false, "the sound device is back (" + api + "); playing through it");
+        }
+    });
+}
+
+void AudioEngine::stopWatch() {
+    if (!watch_.joinable()) return;
+    {
+        std::lock_guard<std::mutex> lock(watchMutex_);
+        watchStop_ = true;
+    }
+    watchWake_.notify_all();
+    watch_.join();
+    silent_.store(false, std::memory_order_release);
+}
+
 void AudioEngine::stopDevice() {
+    stopWatch();
+    std::lock_guard<std::mutex> lock(deviceMutex_);
     if (device_) device_->close();
     device_.reset();
 }
 
-bool AudioEngine::deviceRunning() const { return device_ && device_->running(); }
+bool AudioEngine::deviceRunning() const {
+    std::lock_guard<std::mutex> lock(deviceMutex_);
+    return device_ && device_->running();
+}
+
+std::string AudioEngine::deviceApi() const {
+    std::lock_guard<std::mutex> lock(deviceMutex_);
+    return api_;
+}
 
 }  // namespace velaro::engine

@@ -5,11 +5,15 @@
 
 #include <array>
 #include <atomic>
+#include <condition_variable>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <string>
+#include <thread>
 #include <vector>
 
+#include "device_watch.h"
 #include "stream_clock.h"
 #include "dsp/peak_limiter.h"
 
@@ -91,9 +95,26 @@ public:
     void setInputLatencyMs(int ms);
 
     // The sound device. Thread: logic. False (with a reason) when none can be opened.
+    // Once open it is watched: when it goes, the engine plays on silently in
+    // time with the wall clock, tries for a device every so often and plays
+    // through the one that opens.
     bool startDevice(std::string& error, int bufferFrames = 256);
+    // As startDevice, but with no device the engine starts out silent and keeps trying. Thread: logic.
+    void startDeviceOrSilence(int bufferFrames = 256);
     void stopDevice();
     bool deviceRunning() const;
+    // A device lost or found again, said for the user. Runs on the watch's
+    // thread: post it on; it must not call back into the device. Thread: logic, before startDevice.
+    using DeviceNotice = std::function<void(bool lost, const std::string& message)>;
+    void setDeviceNotice(DeviceNotice notice) { notice_ = std::move(notice); }
+    // True while the engine plays silently in place of a device. Thread: any.
+    bool playingSilently() const { return silent_.load(std::memory_order_acquire); }
+    // Times a lost device left the engine playing silently. Thread: any.
+    int deviceFallbacks() const { return fallbacks_.load(std::memory_order_relaxed); }
+    // Times the device ran dry since the engine began. Thread: any.
+    int64_t underruns() const { return underruns_.load(std::memory_order_relaxed); }
+    // The API of the device playing, or of the last one ("" when none opened). Thread: logic.
+    std::string deviceApi() const;
     // Frames the device has played; the clock of real-time runs. Thread: any.
     int64_t framesPlayed() const { return framesPlayed_.load(std::memory_order_acquire); }
     // The output's frames on the steady clock, for lining the input up. Thread: any.
@@ -122,6 +143,24 @@ private:
     Sink sink_;
     std::unique_ptr<OutputDevice> device_;
     std::unique_ptr<MicInput> mic_;
+
+    bool openDevice(std::string& error);  // with deviceMutex_ held
+    void deviceBlock(float* out, int frames, bool underflow, int64_t coverNs) noexcept;
+    void watch(bool silent);
+    void stopWatch();
+    int bufferFrames_ = 256;
+    mutable std::mutex deviceMutex_;  // device_ and api_, between the logic thread and the watch
+    std::string api_;
+    DeviceNotice notice_;
+    std::thread watch_;
+    std::mutex watchMutex_;
+    std::condition_variable watchWake_;
+    bool watchStop_ = false;
+    std::atomic<bool> silent_{false};
+    std::atomic<int> fallbacks_{0};
+    std::atomic<int64_t> underruns_{0};
+    UnderrunCounter underrunCounter_;  // device thread
+    std::vector<float> silentBlock_;  // the watch's thread
 };
 
 }  // namespace velaro::engine

@@ -61,9 +61,26 @@ std::string PrivatePulse::start() {
     return "";
 }
 
+void PrivatePulse::kill() {
+    if (pid_ <= 0) return;
+    ::kill(pid_, SIGKILL);
+    int status;
+    waitpid(pid_, &status, 0);
+    pid_ = 0;
+    std::error_code ec;
+    fs::remove(dir_ + "/pulse.sock", ec);
+}
+
+void PrivatePulse::freeze(int ms) {
+    if (pid_ <= 0) return;
+    ::kill(pid_, SIGSTOP);
+    std::this_thread::sleep_for(std::chrono::milliseconds(ms));
+    ::kill(pid_, SIGCONT);
+}
+
 void PrivatePulse::stop() {
     if (pid_ > 0) {
-        kill(pid_, SIGTERM);
+        ::kill(pid_, SIGTERM);
         int status;
         waitpid(pid_, &status, 0);
         pid_ = 0;

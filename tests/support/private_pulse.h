@@ -16,6 +16,11 @@ public:
     // "" when the daemon runs, else why not.
     std::string start();
     void stop();
+    // The daemon dies as a crash would; PULSE_SERVER still names its socket,
+    // where start() brings up a new one.
+    void kill();
+    // The daemon stands still for `ms` (SIGSTOP, then SIGCONT), as a starved server would.
+    void freeze(int ms);
     const std::string& dir() const { return dir_; }
 
 private:

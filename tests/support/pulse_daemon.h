@@ -19,6 +19,10 @@ protected:
     // Starts the daemon; the test is skipped when it or `tool` is missing.
     void start(const char* tool);
     const std::string& dir() const { return pulse_.dir(); }
+    // Kills the daemon mid-test, and starts a new one at the same socket.
+    void killDaemon() { pulse_.kill(); }
+    std::string restartDaemon() { return pulse_.start(); }
+    void freezeDaemon(int ms) { pulse_.freeze(ms); }
 
 private:
     PrivatePulse pulse_;
