@@ -33,12 +33,15 @@ gui: build
 check: build
 	cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
 	$(MAKE) check-san
+	$(MAKE) check-tsan
 
-# Core and dsp again under AddressSanitizer and UndefinedBehaviorSanitizer.
+# Every test again under AddressSanitizer and UndefinedBehaviorSanitizer;
+# leak suppressions only for third-party libraries.
 check-san: deps
-	cmake -S . -B $(SAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DVELARO_SANITIZE=ON -DVELARO_CORE_ONLY=ON
+	cmake -S . -B $(SAN_BUILD) -G Ninja -DCMAKE_BUILD_TYPE=Debug -DVELARO_SANITIZE=ON -DVELARO_CORE_ONLY=OFF
 	cmake --build $(SAN_BUILD) -j $(JOBS)
-	cd $(SAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 ctest --output-on-failure -j $(JOBS)
+	cd $(SAN_BUILD) && ASAN_OPTIONS=detect_leaks=1 LSAN_OPTIONS=suppressions=$(CURDIR)/tests/lsan.supp \
+	  UBSAN_OPTIONS=print_stacktrace=1 QT_QPA_PLATFORM=offscreen ctest --output-on-failure -j $(JOBS)
 
 # The engine's tests (sequencer, synthesiser, recorder, streams, effects,
 # devices) under ThreadSanitizer; suppressions only for third-party libraries.

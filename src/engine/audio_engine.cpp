@@ -24,6 +24,13 @@ void AudioEngine::addSource(AudioSource* source) {
     sourceCount_.store(n + 1, std::memory_order_release);
 }
 
+AudioSource* AudioEngine::adoptSource(std::unique_ptr<AudioSource> source) {
+    AudioSource* s = source.get();
+    owned_.push_back(std::move(source));
+    addSource(s);
+    return s;
+}
+
 void AudioEngine::process(float* out, int frames) noexcept {
     const int64_t played = framesPlayed_.load(std::memory_order_relaxed);
     outClock_.observe(played);

@@ -53,6 +53,9 @@ public:
 
     // Thread: logic. A source stays until the engine ends.
     void addSource(AudioSource* source);
+    // The same, for a source the engine then owns: it is freed with the engine,
+    // never while a device may still be calling it.
+    AudioSource* adoptSource(std::unique_ptr<AudioSource> source);
     // Thread: any.
     void setMasterGain(float gain) { masterGain_.store(gain, std::memory_order_relaxed); }
     float masterGain() const { return masterGain_.load(std::memory_order_relaxed); }
@@ -143,6 +146,7 @@ private:
     Sink sink_;
     std::unique_ptr<OutputDevice> device_;
     std::unique_ptr<MicInput> mic_;
+    std::vector<std::unique_ptr<AudioSource>> owned_;  // freed after the device has stopped
 
     bool openDevice(std::string& error);  // with deviceMutex_ held
     void deviceBlock(float* out, int frames, bool underflow, int64_t coverNs) noexcept;

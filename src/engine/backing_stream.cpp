@@ -134,6 +134,7 @@ void BackingStream::pushShifted(const float* lr, int frames, bool final) {
     const int semis = semitones_.load(std::memory_order_relaxed);
     const int speed = speed_.load(std::memory_order_relaxed);
     auto append = [this](const float* f, size_t count) {
+        if (count == 0) return;
         if (pending_.size() < 2 * (pendingFrames_ + count)) pending_.resize(2 * (pendingFrames_ + count));
         std::memcpy(pending_.data() + 2 * pendingFrames_, f, sizeof(float) * 2 * count);
         pendingFrames_ += count;

@@ -54,7 +54,6 @@ EngineCdLibrary::EngineCdLibrary(AudioEngine* engine, bool scanDrives) : engine_
 EngineCdLibrary::~EngineCdLibrary() {
     source_.setDeck(nullptr);
     streams_.clear();
-    if (!sourceAdded_) delete &source_;
     for (Drive& d : drives_)
         if (d.cdio) cdio_destroy(d.cdio);
 }
@@ -340,7 +339,7 @@ CdStreamId EngineCdLibrary::StreamCreate(int i, int track, uint32_t flags) {
     } else {
         s->deck = std::make_unique<CdDeck>(std::move(reader), engine_->sampleRate());
         if (!sourceAdded_) {
-            engine_->addSource(&source_);
+            engine_->adoptSource(std::move(ownSource_));
             sourceAdded_ = true;
         }
     }

@@ -83,9 +83,10 @@ private:
     void dropStream(platform::CdStreamId s);
 
     AudioEngine* engine_;
-    // The engine keeps its sources to its end, which may come after ours: the
-    // source is left to it rather than freed under a running device.
-    CdPlaybackSource& source_ = *new CdPlaybackSource;
+    // The engine keeps its sources to its end, which may come after ours: once
+    // playing, the source is handed to it rather than freed under a running device.
+    std::unique_ptr<CdPlaybackSource> ownSource_ = std::make_unique<CdPlaybackSource>();
+    CdPlaybackSource& source_ = *ownSource_;
     bool sourceAdded_ = false;
     std::vector<Drive> drives_;
     std::map<platform::CdStreamId, std::unique_ptr<Stream>> streams_;

@@ -83,7 +83,8 @@ TEST(LyricsCommand, BadInputNeverCrashes) {
     std::mt19937 rng(7);
     for (int k = 0; k < 20; ++k) {
         std::string junk(static_cast<size_t>(rng() % 3000), '\0');
-        for (auto& c : junk) c = "[]:0\r\n a\x80\xff"[rng() % 12];
+        static const char kinds[] = "[]:0\r\n a\x80\xff";
+        for (auto& c : junk) c = kinds[rng() % (sizeof kinds - 1)];
         const std::string path = writeTemp("junk" + std::to_string(k) + (k % 2 ? ".lrc" : ".mp3"), junk);
         EXPECT_EQ(run("lyrics " + path + " --json").code, 0) << path;
         EXPECT_EQ(run("lyrics " + path + " --at 0,5,1000,3").code, 0) << path;
