@@ -3,9 +3,11 @@
 #include <samplerate.h>
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 
 #include "audio_file_decoder.h"
 
@@ -23,7 +25,10 @@ struct EngineMediaGraph::Track {
     static constexpr int64_t kMostRing = int64_t(1) << 23;  // about 3 minutes at 44.1 kHz, 32 MB
     static constexpr int kChunk = 4096;                      // source frames per decode
     int64_t ringFrames = 0;  // the length plus room, up to kMostRing
-    std::vector<int16_t> frames;  // stereo, interleaved
+    // Stereo, interleaved. Atomic samples: right after a seek the player may
+    // read slots the decoder is writing again (a moment of stale sound, which
+    // is harmless), and that must not be a data race.
+    std::unique_ptr<std::atomic<int16_t>[]> frames;
     std::atomic<int64_t> length{0};  // frames expected at the engine's rate; the decoded count once at the end
     std::atomic<int64_t> start{0};
     std::atomic<int64_t> decoded{0};
@@ -49,7 +54,7 @@ struct EngineMediaGraph::Track {
         in.resize(size_t(kChunk) * 2);
         out.resize(size_t(std::ceil(kChunk * ratio) + 16) * 2);
         ringFrames = std::min(length.load() + 2 * mostPerChunk(), kMostRing);
-        frames.assign(size_t(ringFrames) * 2, 0);
+        frames = std::make_unique<std::atomic<int16_t>[]>(size_t(ringFrames) * 2);
         return true;
     }
     bool fitsWhole() const { return length.load() + mostPerChunk() <= ringFrames; }
@@ -98,8 +103,11 @@ struct EngineMediaGraph::Track {
         int64_t at = decoded.load(std::memory_order_relaxed);
         for (long i = 0; i < n; ++i) {
             const size_t slot = size_t((at + i) % ringFrames) * 2;
-            frames[slot] = static_cast<int16_t>(std::lround(std::clamp(produced[i * 2], -1.0f, 1.0f) * 32767.0f));
-            frames[slot + 1] = static_cast<int16_t>(std::lround(std::clamp(produced[i * 2 + 1], -1.0f, 1.0f) * 32767.0f));
+            frames[slot].store(static_cast<int16_t>(std::lround(std::clamp(produced[i * 2], -1.0f, 1.0f) * 32767.0f)),
+                               std::memory_order_relaxed);
+            frames[slot + 1].store(
+                static_cast<int16_t>(std::lround(std::clamp(produced[i * 2 + 1], -1.0f, 1.0f) * 32767.0f)),
+                std::memory_order_relaxed);
         }
         at += n;
         decoded.store(at, std::memory_order_release);
@@ -235,8 +243,8 @@ void EngineMediaGraph::process(float* left, float* right, int frames) noexcept {
         for (int i = 0; i < frames && pos < end; ++i) {
             if (pos >= first && pos < ready) {
                 const size_t slot = size_t(pos % t->ringFrames) * 2;
-                left[i] += t->frames[slot] * (gain * gl / 32767.0f);
-                right[i] += t->frames[slot + 1] * (gain * gr / 32767.0f);
+                left[i] += t->frames[slot].load(std::memory_order_relaxed) * (gain * gl / 32767.0f);
+                right[i] += t->frames[slot + 1].load(std::memory_order_relaxed) * (gain * gr / 32767.0f);
                 ++pos;
             }
             // Not decoded yet: silence, and the clock waits for the frames.

@@ -73,6 +73,11 @@ TEST_F(DeviceLoss, TheSongPlaysOnSilentlyAndReturnsToTheNewDevice) {
         std::lock_guard<std::mutex> lock(m);
         return notices.size();
     };
+    // The watch thread may still append while the test reads.
+    auto notice = [&](size_t i) {
+        std::lock_guard<std::mutex> lock(m);
+        return notices.at(i);
+    };
     const auto start = std::chrono::steady_clock::now();
     std::string error;
     ASSERT_TRUE(audio.startDevice(error)) << error;
@@ -84,8 +89,8 @@ TEST_F(DeviceLoss, TheSongPlaysOnSilentlyAndReturnsToTheNewDevice) {
     killDaemon();
     ASSERT_TRUE(waitFor([&] { return audio.playingSilently(); })) << "the loss was never noticed";
     ASSERT_EQ(noticeCount(), 1u);
-    EXPECT_TRUE(notices[0].first);
-    EXPECT_EQ(notices[0].second, "the sound device was lost; playing silently");
+    EXPECT_TRUE(notice(0).first);
+    EXPECT_EQ(notice(0).second, "the sound device was lost; playing silently");
     EXPECT_EQ(audio.deviceFallbacks(), 1);
     // The song goes on without the device.
     const int64_t frames = audio.framesPlayed();
@@ -98,8 +103,8 @@ TEST_F(DeviceLoss, TheSongPlaysOnSilentlyAndReturnsToTheNewDevice) {
     ASSERT_TRUE(waitFor([&] { return !audio.playingSilently() && audio.deviceRunning(); }))
         << "the new device was never taken up";
     ASSERT_EQ(noticeCount(), 2u);
-    EXPECT_FALSE(notices[1].first);
-    EXPECT_NE(notices[1].second.find("the sound device is back"), std::string::npos) << notices[1].second;
+    EXPECT_FALSE(notice(1).first);
+    EXPECT_NE(notice(1).second.find("the sound device is back"), std::string::npos) << notice(1).second;
     EXPECT_EQ(audio.deviceApi(), "pulse");
     const int64_t back = audio.framesPlayed();
     EXPECT_TRUE(waitFor([&] { return audio.framesPlayed() > back + 22050; }));
