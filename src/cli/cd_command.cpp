@@ -148,7 +148,7 @@ int runList(const CdArgs& a) {
         }
     }
     if (a.json) {
-        JsonWriter j;
+        JsonWriter j(true);
         j.beginObject().key("drives").beginArray();
         for (const auto& d : drives) j.value(cp1252ToUtf8(d));
         j.endArray().key("tracks").beginArray();

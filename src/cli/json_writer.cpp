@@ -37,7 +37,7 @@ void JsonWriter::separate() {
         return;
     }
     if (!first_.empty()) {
-        if (!first_.back()) out_ += ',';
+        if (!first_.back()) out_ += spaced_ ? ", " : ",";
         first_.back() = false;
     }
 }
@@ -71,7 +71,7 @@ JsonWriter& JsonWriter::endArray() {
 JsonWriter& JsonWriter::key(std::string_view k) {
     separate();
     out_ += jsonEscape(k);
-    out_ += ':';
+    out_ += spaced_ ? ": " : ":";
     afterKey_ = true;
     return *this;
 }

@@ -11,6 +11,9 @@ namespace velaro::cli {
 
 class JsonWriter {
 public:
+    // Spaced: ", " and ": " between items, as the commands whose output is
+    // written that way print it; otherwise nothing between them.
+    explicit JsonWriter(bool spaced = false) : spaced_(spaced) {}
     JsonWriter& beginObject();
     JsonWriter& endObject();
     JsonWriter& beginArray();
@@ -30,6 +33,7 @@ private:
     std::string out_;
     std::vector<bool> first_;
     bool afterKey_ = false;
+    bool spaced_ = false;
 };
 
 std::string jsonEscape(std::string_view utf8);

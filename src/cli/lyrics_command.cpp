@@ -129,7 +129,7 @@ int runLyrics(const std::vector<std::string>& args) {
             } catch (const std::exception&) {
                 // An overflowing walk stops where it stood, as the timer's tick did.
             }
-            JsonWriter j;
+            JsonWriter j(true);
             j.beginObject();
             j.key("at").value(s);
             j.key("lyricPos").value(int64_t{lyricPos} + 1);
@@ -141,7 +141,7 @@ int runLyrics(const std::vector<std::string>& args) {
     }
 
     if (json) {
-        JsonWriter j;
+        JsonWriter j(true);
         j.beginObject();
         j.key("text").value(cp1252ToUtf8(text));
         j.key("entries").beginArray();

@@ -65,11 +65,11 @@ TEST_F(CdCli, ListGivesTheWindowsLinesAndJson) {
     const CliRun json = run("cd list --json --device " + cue);
     EXPECT_EQ(json.code, 0);
     EXPECT_EQ(json.out,
-              "{\"drives\":[\"A: Image disc.cue\"],\"tracks\":["
-              "{\"number\":1,\"title\":\"Caf\xC3\xA9 \\\\One\",\"performer\":\"Ann\",\"bytes\":10767456,\"time\":\"01:01\","
-              "\"line\":\"01\\tCaf\xC3\xA9 \\\\One / Ann\\t[01:01]\"},"
-              "{\"number\":2,\"title\":\"Two\",\"performer\":\"Bob\",\"bytes\":378672,\"time\":\"00:02\","
-              "\"line\":\"02\\tTwo / Bob\\t[00:02]\"}]}\n");
+              "{\"drives\": [\"A: Image disc.cue\"], \"tracks\": ["
+              "{\"number\": 1, \"title\": \"Caf\xC3\xA9 \\\\One\", \"performer\": \"Ann\", \"bytes\": 10767456, "
+              "\"time\": \"01:01\", \"line\": \"01\\tCaf\xC3\xA9 \\\\One / Ann\\t[01:01]\"}, "
+              "{\"number\": 2, \"title\": \"Two\", \"performer\": \"Bob\", \"bytes\": 378672, \"time\": \"00:02\", "
+              "\"line\": \"02\\tTwo / Bob\\t[00:02]\"}]}\n");
 
     vt::ImageDisc plain = vt::plainDisc(1, 80);
     const CliRun p = run("cd list --device " + vt::writeImage(dir, "plain", plain));

@@ -45,9 +45,9 @@ TEST(LyricsCommand, TextFileGivesTheEditorsTextAndSortedEntries) {
     const Out o = run("lyrics " + lrc + " --json");
     EXPECT_EQ(o.code, 0);
     EXPECT_EQ(o.text,
-              "{\"text\":\"[ti:Prova]\\r\\n[00:12]Ecco \xC3\xA8 qui\\r\\n[00:02][00:20]la la\\r\\n[verylongmark]no\\r\\n"
-              "[00:05]tail\\r\\n\",\"entries\":[\"00:02    la la\",\"00:05    tail\",\"00:12    Ecco \xC3\xA8 qui\","
-              "\"00:20    la la\",\"ti:Prova    \"]}\n");
+              "{\"text\": \"[ti:Prova]\\r\\n[00:12]Ecco \xC3\xA8 qui\\r\\n[00:02][00:20]la la\\r\\n[verylongmark]no\\r\\n"
+              "[00:05]tail\\r\\n\", \"entries\": [\"00:02    la la\", \"00:05    tail\", \"00:12    Ecco \xC3\xA8 qui\", "
+              "\"00:20    la la\", \"ti:Prova    \"]}\n");
     const Out plain = run("lyrics " + lrc);
     EXPECT_EQ(plain.code, 0);
     EXPECT_NE(plain.text.find("-- 5 entries\n00:02    la la\n"), std::string::npos);
@@ -59,19 +59,19 @@ TEST(LyricsCommand, TaggedMp3AndTheWalk) {
     ASSERT_EQ(run("tag " + mp3 + " --title Prova --lyrics-file " + lrc).code, 0);
     // The tag keeps the file's bytes: the last piece has no line end and gives no entry.
     const Out o = run("lyrics " + mp3 + " --json");
-    EXPECT_NE(o.text.find("\"entries\":[\"00:02    la la\",\"00:12    Ecco \xC3\xA8 qui\",\"00:20    la la\","
+    EXPECT_NE(o.text.find("\"entries\": [\"00:02    la la\", \"00:12    Ecco \xC3\xA8 qui\", \"00:20    la la\", "
                           "\"ti:Prova    \"]"),
               std::string::npos)
         << o.text;
     const Out at = run("lyrics " + mp3 + " --at 0,2,2.6,13,40,1");
     EXPECT_EQ(at.code, 0);
     EXPECT_EQ(at.text,
-              "{\"at\":0,\"lyricPos\":1,\"entry\":\"00:02    la la\"}\n"
-              "{\"at\":2,\"lyricPos\":1,\"entry\":\"00:02    la la\"}\n"
-              "{\"at\":2.6,\"lyricPos\":2,\"entry\":\"00:12    Ecco \xC3\xA8 qui\"}\n"
-              "{\"at\":13,\"lyricPos\":3,\"entry\":\"00:20    la la\"}\n"
-              "{\"at\":40,\"lyricPos\":4,\"entry\":\"ti:Prova    \"}\n"
-              "{\"at\":1,\"lyricPos\":2,\"entry\":\"00:12    Ecco \xC3\xA8 qui\"}\n");
+              "{\"at\": 0, \"lyricPos\": 1, \"entry\": \"00:02    la la\"}\n"
+              "{\"at\": 2, \"lyricPos\": 1, \"entry\": \"00:02    la la\"}\n"
+              "{\"at\": 2.6, \"lyricPos\": 2, \"entry\": \"00:12    Ecco \xC3\xA8 qui\"}\n"
+              "{\"at\": 13, \"lyricPos\": 3, \"entry\": \"00:20    la la\"}\n"
+              "{\"at\": 40, \"lyricPos\": 4, \"entry\": \"ti:Prova    \"}\n"
+              "{\"at\": 1, \"lyricPos\": 2, \"entry\": \"00:12    Ecco \xC3\xA8 qui\"}\n");
 }
 
 TEST(LyricsCommand, BadInputNeverCrashes) {
