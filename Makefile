@@ -64,6 +64,7 @@ bench: build
 	$(BUILD)/bench/bench_playlist
 	$(BUILD)/bench/bench_backing
 	$(BUILD)/bench/bench_lyrics
+	$(BUILD)/bench/bench_start
 	$(BUILD)/bench/bench_load
 
 # Every reader of outside bytes under libFuzzer (clang), SECONDS each.

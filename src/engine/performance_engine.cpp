@@ -181,15 +181,16 @@ platform::SegmentStateId PerformanceEngine::PlaySegmentEx(platform::SegmentId se
     SegmentSlot& s = slot(seg);
     if (synths_.empty() || activeBank_.empty()) useBank(s.collection ? collections_[s.collection] : defaultBank_);
     // The song's level from its loudness. Offline the measurement is waited
-    // for, so a render is the same every time; live, a song whose measurement
-    // is still running starts at a typical level and glides to its own.
+    // for, so a render is the same every time; live (through a device, or on
+    // the wall clock in place of a lost one), a song whose measurement is
+    // still running starts at a typical level and glides to its own.
     LoudnessKey key;
     loudnessKey(seg, key);
     double lufs;
     if (knownLoudness(key, lufs)) {
         levelFollows_.store(0);
         player_.setLevel(SongLoudness::levelFor(lufs), true);
-    } else if (!engine_.deviceRunning()) {
+    } else if (!engine_.deviceRunning() && !engine_.playingSilently()) {
         levelFollows_.store(0);
         player_.setLevel(SongLoudness::levelFor(songLoudness(seg)), true);
     } else {
