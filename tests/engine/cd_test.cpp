@@ -317,8 +317,9 @@ TEST(CdPlayback, FadeOutSlidesToSilenceThenTheNextTrack) {
     // Silent at the slide's end, unless the end's sync (from the library's
     // thread) has already moved the window on to the next track.
     const uint32_t faded = p.cd.ChannelGetLevel(w.cdStream);
-    if (w.lstTracks.listIndex() == 1)
+    if (w.lstTracks.listIndex() == 1) {
         EXPECT_TRUE(faded == 0xFFFFFFFFu || (faded & 0xFFFF) < 10u) << std::hex << faded;
+    }
     EXPECT_TRUE(p.runUntil([&] { return w.lstTracks.listIndex() == 2; }));
     // Pause holds the position; the timer shows it.
     w.Cmdbutton(1).userClick();
