@@ -152,10 +152,14 @@ TEST(CdImage, JunkImagesAreNoDisc) {
     for (int i = 0; i < 5; ++i) {
         win.w->cmbCDDrives.setListIndex(i);
         // Random bytes are no disc; the odd sheet may give what its file holds, nothing more.
-        if (i < 4) EXPECT_EQ(win.w->lstTracks.listCount(), 0) << i;
+        if (i < 4) {
+            EXPECT_EQ(win.w->lstTracks.listCount(), 0) << i;
+        }
         for (int t = 0; t < 3; ++t) {
             const auto s = cd.StreamCreate(i, t, platform::kCdStreamDecode);
-            if (i < 4) EXPECT_EQ(s, 0u);
+            if (i < 4) {
+                EXPECT_EQ(s, 0u);
+            }
             if (!s) continue;
             EXPECT_LE(cd.StreamGetLength(s), 5000);
             uint8_t buf[20000];
