@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <bit>
 #include <cctype>
+#include <cstdio>
 #include <cstring>
+#include <string>
 
 #include <cdio/logging.h>
 
@@ -31,6 +33,46 @@ bool isCdImage(const std::string& source) {
     return ext == "cue" || ext == "bin" || ext == "nrg" || ext == "toc";
 }
 
+// libcdio's CUE parser trusts the sheet: track numbers out of order or out
+// of range, or a sheet the size of a disc, can take it past its tables. A
+// sheet is handed over only when it is the size of a sheet, its tracks count
+// up from 1 without a gap, and every line is text.
+static bool plausibleCueSheet(const std::string& path) {
+    std::FILE* f = std::fopen(path.c_str(), "rb");
+    if (!f) return false;
+    std::string text(256 * 1024 + 1, '\0');
+    text.resize(std::fread(text.data(), 1, text.size(), f));
+    std::fclose(f);
+    if (text.size() > 256 * 1024) return false;
+    int expected = 1;
+    size_t at = 0;
+    while (at < text.size()) {
+        size_t end = text.find_first_of("\r\n", at);
+        if (end == std::string::npos) end = text.size();
+        std::string line = text.substr(at, end - at);
+        at = end + 1;
+        for (unsigned char c : line)
+            if (c < 0x20 && c != '\t') return false;
+        const size_t first = line.find_first_not_of(" \t");
+        if (first == std::string::npos) continue;
+        line.erase(0, first);
+        std::string word;
+        for (char c : line) {
+            if (c == ' ' || c == '\t') break;
+            word += static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+        }
+        if (word != "TRACK") continue;
+        const size_t num = line.find_first_not_of(" \t", 5);
+        if (num == std::string::npos) return false;
+        int n = 0, digits = 0;
+        for (size_t i = num; i < line.size() && std::isdigit(static_cast<unsigned char>(line[i])) && digits < 3; ++i, ++digits)
+            n = n * 10 + (line[i] - '0');
+        if (digits == 0 || n != expected || n > 99) return false;
+        ++expected;
+    }
+    return true;
+}
+
 CdIo_t* openCdSource(const std::string& source) {
     static const bool quiet = [] {
         cdio_log_set_handler(quietLog);
@@ -38,6 +80,7 @@ CdIo_t* openCdSource(const std::string& source) {
     }();
     (void)quiet;
     const std::string ext = lowerExtension(source);
+    if (ext == "cue" && !plausibleCueSheet(source)) return nullptr;
     if (ext == "cue" || ext == "bin") return cdio_open(source.c_str(), DRIVER_BINCUE);
     if (ext == "nrg") return cdio_open(source.c_str(), DRIVER_NRG);
     if (ext == "toc") return cdio_open(source.c_str(), DRIVER_CDRDAO);
